@@ -1,0 +1,24 @@
+// The few operating-system services the engine needs: clocks, input readiness, aligned memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tavrin {
+
+// Wall clock in microseconds: a monotonic millisecond clock times 1000.
+std::int64_t wallClockMicros();
+// Processor time used by the process, in microseconds.
+std::int64_t processCpuMicros();
+// True when standard input has bytes waiting or has reached its end (a read will not block).
+bool stdinReadable();
+// Reads up to n bytes from standard input; returns the count, 0 at end of input.
+long readStdin(char* buffer, std::size_t n);
+// 64-byte aligned allocation of zeroed memory, and its release.
+void* alignedAlloc(std::size_t bytes);
+void alignedFree(void* p);
+// Raise and lower the timer resolution around a search (no-ops where not needed).
+void timerBegin();
+void timerEnd();
+
+}  // namespace tavrin

@@ -1,0 +1,30 @@
+// Tests of single moves: pseudo-legality of stored moves, checks and pins, static exchange.
+#pragma once
+
+#include "board/position.h"
+
+namespace tavrin {
+
+// Is the move playable by the side to move? Reads the attack sets of the current entry.
+template <Color Us> bool isPseudoLegal(const Position& pos, Move m);
+bool isPseudoLegalWhite(const Position& pos, Move m);
+bool isPseudoLegalBlack(const Position& pos, Move m);
+
+// Squares attacked by a colour (whole-board computation).
+template <Color Us> Bitboard attackedSquares(const Position& pos);
+// Pieces of colour By attacking square sq with the given occupancy.
+template <Color By> Bitboard attackersOf(const Position& pos, int sq, Bitboard occupied);
+
+// Checkers of the side to move and its pinned pieces, written into the current entry
+// (whiteKingAttackers / blackKingAttackers and pinned).
+void computeChecksAndPins(Position& pos);
+// Is the king of the side that just moved attacked (the move was illegal)?
+bool leftOwnKingInCheck(const Position& pos);
+// Is the side to move in check?
+bool inCheck(const Position& pos);
+
+// Does the move lose material once the exchanges on its destination are played out?
+template <Color Us> bool exchangeLoses(const Position& pos, Move m);
+bool exchangeLoses(const Position& pos, Move m);
+
+}  // namespace tavrin

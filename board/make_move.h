@@ -1,0 +1,33 @@
+// Making and unmaking moves, the null move, and completing a move from its squares.
+#pragma once
+
+#include "board/position.h"
+
+namespace tavrin {
+
+template <Color Us> void makeMove(Position& pos, Move m);
+template <Color Us> void unmakeMove(Position& pos, Move m);
+
+void makeMoveWhite(Position& pos, Move m);
+void makeMoveBlack(Position& pos, Move m);
+void unmakeMoveWhite(Position& pos, Move m);
+void unmakeMoveBlack(Position& pos, Move m);
+
+// Makes a move of the side to move (run-time dispatch; root and protocol layer only).
+void makeMoveAny(Position& pos, Move m);
+// Takes back the last move: the black twin when White is to move again, else the white one.
+void unmakeMove(Position& pos, Move m);
+// The make used for moves of the position command: it does not count toward input polling.
+void makeRootMove(Position& pos, Move m);
+
+// Passes the turn. Taken back by unmakeNullMove.
+void makeNullMove(Position& pos);
+void unmakeNullMove(Position& pos);
+
+// Adds the castling or en-passant kind to a move that carries only its squares (and promotion).
+Move moveFromSquares(const Position& pos, Move m);
+
+// Global count of white moves made by the main record; every 4096 the input poll runs.
+extern std::uint64_t PollCounter;
+
+}  // namespace tavrin

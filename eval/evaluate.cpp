@@ -1,0 +1,22 @@
+// Placeholder evaluation driver: fills the attack summary and scores by piece-square sum only.
+// Replaced by the full driver.
+#include "eval/evaluate.h"
+
+#include "eval/attack_summary.h"
+
+namespace tavrin {
+
+void evaluate(Position& pos, int, int, Move) {
+  computeAttackSummary(pos);
+  StateEntry& st = pos.st();
+  int white = (middlegameOf(st.psqScore) + endgameOf(st.psqScore)) / 2;
+  st.staticEval = pos.sideToMove == White ? white : -white;
+  st.positionalEval = white;
+  st.lazyCount = 0;
+  st.decisiveEval = 0;
+  st.evalFinal = 0;
+}
+
+void clearEvaluationTables() {}
+
+}  // namespace tavrin

@@ -1,0 +1,19 @@
+// The evaluation driver: static scores written into the current state entry.
+#pragma once
+
+#include "board/position.h"
+
+namespace tavrin {
+
+// Evaluates the position after lastMove (0 after a null move or at the root). lower and upper
+// are the caller's window from the point of view of the side that made lastMove. Writes
+// staticEval, positionalEval, lazyCount, decisiveEval, evalFlags and the attack summary.
+void evaluate(Position& pos, int lower, int upper, Move lastMove);
+
+// Full-window evaluation used by set-up and the root.
+inline void evaluateFull(Position& pos) { evaluate(pos, -32767, 32767, 0); }
+
+// Clears the evaluation cache, the gain table and the pawn table (new game).
+void clearEvaluationTables();
+
+}  // namespace tavrin

@@ -1,0 +1,55 @@
+// Packed scores, move fields and bit operations.
+#include <gtest/gtest.h>
+
+#include "board/bitboard.h"
+#include "board/types.h"
+
+using namespace tavrin;
+
+TEST(PackedScore, RoundTripsSignedHalves) {
+  const int values[] = {0, 1, -1, 7, -7, 120, -120, 32767, -32768, 15000, -15000};
+  for (int mg : values)
+    for (int eg : values) {
+      Packed p = pack(mg, eg);
+      EXPECT_EQ(middlegameOf(p), mg) << mg << " " << eg;
+      EXPECT_EQ(endgameOf(p), eg) << mg << " " << eg;
+    }
+}
+
+TEST(PackedScore, SumsAddComponentwise) {
+  Packed a = pack(30, -12), b = pack(-45, 7);
+  EXPECT_EQ(middlegameOf(a + b), -15);
+  EXPECT_EQ(endgameOf(a + b), -5);
+  EXPECT_EQ(middlegameOf(a - b), 75);
+  EXPECT_EQ(endgameOf(a - b), -19);
+}
+
+TEST(MoveFields, EncodeAndDecode) {
+  Move m = makeMove(E7, E8, PromoteQueen);
+  EXPECT_EQ(moveFrom(m), E7);
+  EXPECT_EQ(moveTo(m), E8);
+  EXPECT_EQ(moveKind(m), PromoteQueen);
+  EXPECT_TRUE(isPromotion(m));
+  EXPECT_EQ(makeMove(E1, G1, CastlingMove), 0x1106);
+}
+
+TEST(BitOps, ScansAndCounts) {
+  EXPECT_EQ(bitScanForward(1), 0);
+  EXPECT_EQ(bitScanForward(Bitboard(1) << 63), 63);
+  EXPECT_EQ(bitScanForward(Bitboard(0x10) << 32), 36);
+  EXPECT_EQ(bitScanReverse(1), 0);
+  EXPECT_EQ(bitScanReverse((Bitboard(1) << 63) | 1), 63);
+  EXPECT_EQ(popCount(DarkSquares), 32);
+  EXPECT_EQ(popCount(~Bitboard(0)), 64);
+  EXPECT_TRUE(isDarkSquare(A1));
+  EXPECT_FALSE(isDarkSquare(H1));
+  EXPECT_TRUE(isDarkSquare(H8));
+}
+
+TEST(BitOps, ShiftsNeverWrapAcrossFiles) {
+  EXPECT_EQ(shift<9>(bit(H2)), 0u);
+  EXPECT_EQ(shift<7>(bit(A2)), 0u);
+  EXPECT_EQ(pawnAttacks<White>(bit(A2)), bit(B3));
+  EXPECT_EQ(pawnAttacks<Black>(bit(H7)), bit(G6));
+  EXPECT_EQ(pawnAttacks<White>(bit(E4)), bit(D5) | bit(F5));
+}

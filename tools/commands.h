@@ -1,0 +1,10 @@
+// Subcommands of tavrin-tool.
+#pragma once
+
+namespace tavrin::tool {
+
+int perftCommand(int argc, char** argv);
+int evalCommand(int argc, char** argv);
+int benchCommand(int argc, char** argv);
+
+}  // namespace tavrin::tool
