@@ -3,6 +3,7 @@
 #include "eval/evaluate.h"
 
 #include "eval/attack_summary.h"
+#include "board/movegen.h"
 
 namespace tavrin {
 
@@ -18,5 +19,10 @@ void evaluate(Position& pos, int, int, Move) {
 }
 
 void clearEvaluationTables() {}
+void clearGainTable() {}
+void resizePawnTable(int) {}
+void seedEvaluationNoise(Position&) {}
+
+std::int16_t GainTable[16 * 4096];
 
 }  // namespace tavrin

@@ -15,5 +15,11 @@ inline void evaluateFull(Position& pos) { evaluate(pos, -32767, 32767, 0); }
 
 // Clears the evaluation cache, the gain table and the pawn table (new game).
 void clearEvaluationTables();
+// Clears only the gain table (first search of a game).
+void clearGainTable();
+// (Re)allocates and clears the pawn hash table: megabytes rounded down to a power of two.
+void resizePawnTable(int megabytes);
+// Seeds the evaluation's random generator of a record (start-up).
+void seedEvaluationNoise(Position& pos);
 
 }  // namespace tavrin

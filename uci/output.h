@@ -16,5 +16,7 @@ char* moveText(Move m, char* buf);
 void printPvLine(Position& pos, std::int64_t elapsedMicros, int score);
 // "bestmove ... ponder ..." (or "bestmove 0000").
 void printBestMove(Position& pos);
+// Iteration depth (half-plies) of the last PV line printed in this search.
+int lastPrintedDepth();
 
 }  // namespace tavrin
