@@ -15,3 +15,11 @@ Move readMoveText(const Position& pos, const char* text);
 void playMoveList(Position& pos, const char* text);
 
 }  // namespace tavrin
+
+namespace tavrin {
+
+// Can a search be started here? Exactly one king per side, at most 16 pieces and 8 pawns per
+// side, no pawn on the first or last rank, and the side not to move not in check.
+bool positionPlayable(const Position& pos);
+
+}  // namespace tavrin

@@ -1,0 +1,27 @@
+// The command line from standard input, shared by the command loop, the polling inside a search
+// and the waits after an infinite or pondering search.
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/console.h"
+#include "app/platform.h"
+#include "uci/dispatcher.h"
+
+namespace tavrin {
+
+namespace {
+LineReader StdinReader(readStdin);
+}
+
+void readCommandLine(Position& pos) {
+  char line[LineBufferBytes];
+  if (!StdinReader.readLine(line)) {
+    std::fflush(stdout);
+    std::_Exit(0);
+  }
+  dispatchCommand(pos, line);
+}
+
+bool commandLineWaiting() { return StdinReader.lineReady(stdinReadable); }
+
+}  // namespace tavrin

@@ -1,0 +1,52 @@
+// Console input and output: the single output routine and the command-line reader.
+#pragma once
+
+#include <cstddef>
+
+#include "board/position.h"
+
+namespace tavrin {
+
+// Formatted write to standard output followed at once by a flush. Every line the engine prints
+// goes through here, so a GUI reading a pipe sees each line as soon as it is written.
+void printOut(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Longest line piece the reader hands out (a longer line is split), and the buffer a caller gives it.
+constexpr std::size_t MaxLineChars = 65535;
+constexpr std::size_t LineBufferBytes = MaxLineChars + 1;
+
+// Reads standard input through its own buffer with fgets-like rules: one line of at most
+// MaxLineChars characters, the last character read always dropped (taken to be the newline), a
+// carriage return kept. The source is a function so that tests can feed it.
+class LineReader {
+ public:
+  using Source = long (*)(char* buffer, std::size_t n);
+  explicit LineReader(Source source) : source_(source) {}
+
+  // Blocks until a line (or the end of input) is there. Returns false when the input has ended
+  // and nothing was read; otherwise writes the NUL-terminated line into out (LineBufferBytes).
+  bool readLine(char* out);
+  // True when readLine would return a line without blocking. Never blocks: it takes in at most
+  // what the source has ready (when ready() says so). The end of input with nothing buffered
+  // counts as no line, so that a search still running is not cut off by a closed pipe.
+  bool lineReady(bool (*ready)());
+  // True when some input (a whole or partial line) is already buffered.
+  bool hasBuffered() const { return begin_ < end_; }
+
+ private:
+  bool fill();                   // one read from the source into the free space; false at end
+  bool completeLineBuffered() const;
+
+  Source source_;
+  bool ended_ = false;
+  std::size_t begin_ = 0, end_ = 0;
+  char buffer_[LineBufferBytes];
+};
+
+// Reads one line from standard input and dispatches it with pos. At the end of input the process
+// ends with exit status 0 (output flushed first).
+void readCommandLine(Position& pos);
+// True when a command line is waiting on standard input (for the polling inside a search).
+bool commandLineWaiting();
+
+}  // namespace tavrin

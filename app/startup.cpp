@@ -1,0 +1,47 @@
+// Start-up: engine globals, the root position and search records, hash tables, constant tables,
+// then the start position. Everything before the first command is read.
+#include "app/startup.h"
+
+#include "board/attacks.h"
+#include "board/movegen.h"
+#include "eval/evaluate.h"
+#include "eval/psq_tables.h"
+#include "search/search.h"
+#include "search/tt.h"
+#include "uci/dispatcher.h"
+#include "uci/globals.h"
+
+namespace tavrin {
+
+Position RootPosition;
+
+void initializeEngine() {
+  static bool initialized = false;
+  if (initialized) return;
+  initialized = true;
+
+  Engine = EngineGlobals{};
+  Limits = SearchLimits{};
+  initPosition(RootPosition);
+
+  for (Position& record : SearchRecords) initPosition(record);
+  Engine.threadCount = 1;
+
+  if (Engine.hashMegabytes == 0) Engine.hashMegabytes = 60;
+  if (Engine.pawnHashMegabytes == 0) Engine.pawnHashMegabytes = 8;
+  resizePawnTable(Engine.pawnHashMegabytes);
+  resizeTable(Engine.hashMegabytes);
+
+  clearHistory();
+
+  initCaptureKeys();
+  initBoardTables();
+  initPieceSquareTables();
+
+  seedEvaluationNoise(RootPosition);
+  for (Position& record : SearchRecords) seedEvaluationNoise(record);
+
+  startNewGame(RootPosition);
+}
+
+}  // namespace tavrin

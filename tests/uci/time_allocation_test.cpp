@@ -1,0 +1,119 @@
+// Time allocation: soft targets and hard limits from the clock, period bookkeeping.
+#include <gtest/gtest.h>
+
+#include "uci/globals.h"
+#include "uci/time_allocation.h"
+
+using namespace tavrin;
+
+namespace {
+
+ClockState clockOf(std::int64_t wtimeMs, std::int64_t btimeMs, std::int64_t incMs, int movesToGo, bool white) {
+  ClockState c;
+  c.wtime = wtimeMs * 1000;
+  c.btime = btimeMs * 1000;
+  c.winc = c.binc = incMs * 1000;
+  c.movesToGo = movesToGo;
+  c.whiteToMove = white;
+  return c;
+}
+
+}  // namespace
+
+TEST(TimeAllocation, TableOfClocks) {
+  struct Case {
+    std::int64_t wtimeMs, btimeMs, incMs;
+    int movesToGo;
+    bool white;
+    std::int64_t soft, hard;
+  };
+  const Case cases[] = {
+      {60000, 60000, 0, 0, true, 843750, 9000000},       // T = 54 s: T / 64 and T / 6
+      {300000, 300000, 0, 40, true, 6279069, 34593750},  // T / 43 and 41 T / 320
+      {400, 400, 0, 0, true, 5000, 10500},               // under half a second
+      {60000, 700, 0, 0, false, 7875, 26250},            // Black: T = 0.63 s -> T / 80, T / 24
+      {1500, 1500, 0, 0, true, 21093, 84375},            // T = 1.35 s: hard T / 16, soft T / 64
+      {10000, 10000, 2000, 0, true, 150000 + 2000000, 2250000},  // increment above T / 40: T / 60 + inc, T / 4
+      {-5000, 0, 0, 0, true, 5000, 10500},              // negative clock: T = 1
+      {60000, 60000, 0, 1, true, 13500000, 13500000},   // one move to go: T / 4 and 2 T / 8
+  };
+  for (const Case& c : cases) {
+    TimeBudget b = allocateTime(clockOf(c.wtimeMs, c.btimeMs, c.incMs, c.movesToGo, c.white));
+    EXPECT_EQ(b.softTarget, c.soft) << c.wtimeMs << " " << c.btimeMs << " " << c.incMs << " " << c.movesToGo;
+    EXPECT_EQ(b.hardLimit, c.hard) << c.wtimeMs << " " << c.btimeMs << " " << c.incMs << " " << c.movesToGo;
+    EXPECT_EQ(b.quarterTarget, b.softTarget / 4);
+    EXPECT_EQ(b.threeQuarterTarget, b.softTarget * 3 / 4);
+  }
+}
+
+TEST(TimeAllocation, IncrementShortensTheDivisors) {
+  // T = 54 s, inc = 1 s, q = 1.35 s: hard T / ((8.1 - 3) / 1.35) = T / 3, soft T / ((86.4 - 18) / 1.35) + inc.
+  TimeBudget b = allocateTime(clockOf(60000, 60000, 1000, 0, true));
+  EXPECT_EQ(b.hardLimit, 54000000 / 3);
+  EXPECT_EQ(b.softTarget, 54000000 / 50 + 1000000);
+  EXPECT_EQ(b.increment, 1000000);
+  EXPECT_EQ(b.incrementClass, 500);
+  EXPECT_EQ(allocateTime(clockOf(60000, 60000, 449, 0, true)).incrementClass, 2500);
+}
+
+TEST(TimeAllocation, SoftTargetFloor) {
+  // Many moves to go on a short clock: T / (mtg + 3) would be below 4 ms.
+  TimeBudget b = allocateTime(clockOf(3000, 3000, 0, 1000, true));
+  EXPECT_EQ(b.softTarget, 4000);
+  EXPECT_EQ(b.quarterTarget, 1000);
+  EXPECT_EQ(b.threeQuarterTarget, 3000);
+}
+
+TEST(TimeAllocation, NegativeIncrementCountsAsNone) {
+  TimeBudget withNegative = allocateTime(clockOf(60000, 60000, -700, 0, true));
+  TimeBudget without = allocateTime(clockOf(60000, 60000, 0, 0, true));
+  EXPECT_EQ(withNegative.softTarget, without.softTarget);
+  EXPECT_EQ(withNegative.hardLimit, without.hardLimit);
+  EXPECT_EQ(withNegative.increment, 0);
+}
+
+TEST(TimeAllocation, AbsurdInputsStayFinite) {
+  const std::int64_t huge[] = {NoLimit, std::int64_t(1) << 62, -(std::int64_t(1) << 62), 0, 1};
+  const int movesToGo[] = {0, 1, -1, -3, -4, 2147483647, -2147483647 - 1};
+  for (std::int64_t clock : huge)
+    for (int mtg : movesToGo)
+      for (std::int64_t inc : {std::int64_t(0), std::int64_t(-1), std::int64_t(1) << 40}) {
+        ClockState c;
+        c.wtime = c.btime = clock;
+        c.winc = c.binc = inc;
+        c.movesToGo = mtg;
+        TimeBudget b = allocateTime(c);
+        EXPECT_GE(b.softTarget, 4000);
+        EXPECT_GE(b.hardLimit, 0);
+      }
+}
+
+TEST(TimeAllocation, PeriodBookkeeping) {
+  ClockState c = clockOf(300000, 200000, 0, 40, false);
+  c.firstSearch = true;
+  TimeBudget first = allocateTime(c);
+  EXPECT_EQ(first.periodMovesToGo, 40);
+  EXPECT_EQ(first.previousMovesToGo, 40);
+  EXPECT_EQ(first.periodClockWhite, 300000000LL * 95 / 100);
+  EXPECT_EQ(first.periodClockBlack, 200000000LL * 95 / 100);
+  EXPECT_EQ(first.periodClockToMove, first.periodClockBlack);
+
+  // Fewer moves to go: the same period, its clocks kept.
+  ClockState next = clockOf(250000, 150000, 0, 39, true);
+  next.previousMovesToGo = first.previousMovesToGo;
+  next.periodMovesToGo = first.periodMovesToGo;
+  next.periodClockWhite = first.periodClockWhite;
+  next.periodClockBlack = first.periodClockBlack;
+  TimeBudget same = allocateTime(next);
+  EXPECT_EQ(same.periodMovesToGo, 40);
+  EXPECT_EQ(same.previousMovesToGo, 39);
+  EXPECT_EQ(same.periodClockWhite, first.periodClockWhite);
+  EXPECT_EQ(same.periodClockToMove, first.periodClockWhite);
+
+  // More moves to go than last time: a new period starts from the current clocks.
+  next.movesToGo = 40;
+  next.previousMovesToGo = 1;
+  TimeBudget fresh = allocateTime(next);
+  EXPECT_EQ(fresh.periodMovesToGo, 40);
+  EXPECT_EQ(fresh.periodClockWhite, 250000000LL * 95 / 100);
+}

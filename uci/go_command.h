@@ -1,0 +1,13 @@
+// The go command: its limits, and the search starter with its finish step.
+#pragma once
+
+#include "board/position.h"
+
+namespace tavrin {
+
+// Fills Limits from a go line (starting at "go") for the side to move of pos.
+void parseGo(const char* line, const Position& pos);
+// Runs the search on a copy of pos and prints the result; returns after "bestmove".
+void startSearch(Position& pos);
+
+}  // namespace tavrin

@@ -1,0 +1,225 @@
+// The position command: the FEN reader, the reading of move text and the move list player.
+#include <cstdlib>
+#include <cstring>
+
+#include "board/legality.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
+#include "eval/evaluate.h"
+#include "uci/decimal.h"
+#include "uci/globals.h"
+#include "uci/position_command.h"
+
+namespace tavrin {
+
+namespace {
+
+constexpr const char* StartFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+constexpr std::size_t WordBytes = 1024;
+// The first entries of the stack that a FEN clears (more when a longer game used them).
+constexpr int ClearedEntries = 256;
+
+bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
+
+// Reads the next whitespace-delimited word (truncated to the work buffer) and returns the text
+// just after it. An empty word means the text has ended.
+const char* readWord(const char* text, char* word) {
+  while (isSpace(*text)) ++text;
+  std::size_t n = 0;
+  for (; *text && !isSpace(*text); ++text)
+    if (n < WordBytes - 1) word[n++] = *text;
+  word[n] = 0;
+  return text;
+}
+
+// One separator further, never past the end.
+const char* skipSeparator(const char* text) { return *text ? text + 1 : text; }
+
+int pieceCode(char letter, int sq) {
+  int offset = letter >= 'a' ? 8 : 0;
+  switch (letter | 0x20) {
+    case 'p': return Pawn + offset;
+    case 'n': return Knight + offset;
+    case 'k': return King + offset;
+    case 'b': return (isDarkSquare(sq) ? BishopDark : BishopLight) + offset;
+    case 'r': return Rook + offset;
+    case 'q': return Queen + offset;
+    default: return NoPiece;
+  }
+}
+
+void readPlacement(Position& pos, const char* field) {
+  std::memset(pos.board, 0, sizeof pos.board);
+  int rank = 7, file = 0;
+  for (const char* c = field; *c; ++c) {
+    if (*c == '/') {
+      file = 0;
+      --rank;
+    } else if (*c >= '1' && *c <= '8') {
+      file += *c - '0';
+    } else if (std::strchr("PNKBRQpnkbrq", *c)) {
+      // Too many squares in a rank spill into the following squares, but never off the board.
+      int sq = rank * 8 + file;
+      if (sq >= 0 && sq < 64) pos.board[sq] = std::uint8_t(pieceCode(*c, sq));
+      ++file;
+    }
+    if (rank == 0 && file >= 8) break;
+    if (rank < -1 || file > 1024) break;  // nothing further can land on the board
+  }
+}
+
+struct CastlingField {
+  const char* text;
+  std::uint8_t rights;
+};
+constexpr CastlingField CastlingFields[] = {
+    {"KQkq", 15}, {"KQq", 11}, {"KQk", 7}, {"KQ", 3}, {"Qkq", 14}, {"Qq", 10}, {"Qk", 6}, {"Q", 2},
+    {"Kkq", 13},  {"Kq", 9},   {"Kk", 5},  {"K", 1},  {"kq", 12},  {"q", 8},   {"k", 4},  {"-", 0},
+};
+
+// Rights written in any other way (another order, file letters) give 16: none of the four bits.
+std::uint8_t castlingRights(const char* field) {
+  for (const CastlingField& f : CastlingFields)
+    if (std::strcmp(field, f.text) == 0) return f.rights;
+  return 16;
+}
+
+// The en-passant square is kept only when a pawn of the side to move can take on it (so that it
+// never enters the key otherwise), and only on the rank a double step leaves behind, empty,
+// with the pawn that made the step in front of it.
+int enPassantSquare(const Position& pos, const char* field) {
+  if (std::strcmp(field, "-") == 0 || !field[0] || !field[1]) return 0;
+  int sq = (field[0] - 'a') + 8 * (field[1] - '1');
+  if (sq <= 0 || sq >= 64 || field[0] < 'a' || field[0] > 'h') return 0;
+  const bool white = pos.sideToMove == White;
+  const int own = white ? WhitePawn : BlackPawn, enemy = white ? BlackPawn : WhitePawn;
+  if (rankOf(sq) != (white ? 5 : 2) || pos.board[sq] != NoPiece) return 0;
+  const int behind = white ? sq - 8 : sq + 8;
+  if (pos.board[behind] != enemy) return 0;
+  const int left = white ? sq - 9 : sq + 7, right = white ? sq - 7 : sq + 9;
+  if (fileOf(sq) != 0 && pos.board[left] == own) return sq;
+  if (fileOf(sq) != 7 && pos.board[right] == own) return sq;
+  return 0;
+}
+
+// The board can be turned into a position at all: one king each, sane piece counts, no pawn on
+// the first or last rank.
+bool boardSane(const Position& pos) {
+  int kings[2] = {}, pieces[2] = {}, pawns[2] = {};
+  for (int sq = 0; sq < 64; ++sq) {
+    int p = pos.board[sq];
+    if (p == NoPiece) continue;
+    int black = isBlackPiece(p) ? 1 : 0;
+    if (kindOf(p) == 0) return false;
+    ++pieces[black];
+    if (kindOf(p) == King) ++kings[black];
+    if (kindOf(p) == Pawn) {
+      ++pawns[black];
+      if (rankOf(sq) == 0 || rankOf(sq) == 7) return false;
+    }
+  }
+  for (int c = 0; c < 2; ++c)
+    if (kings[c] != 1 || pieces[c] > 16 || pawns[c] > 8) return false;
+  return true;
+}
+
+// The move a text names; the promotion letter is read only when allowed.
+Move moveFromText(const Position& pos, const char* text, bool readPromotion) {
+  for (int i = 0; i < 4; ++i)
+    if (!text[i]) return NoMove;
+  const int from = (text[0] - 'a') + 8 * (text[1] - '1');
+  const int to = (text[2] - 'a') + 8 * (text[3] - '1');
+  if (from < 0 || from > 63 || to < 0 || to > 63) return NoMove;
+  Move m = Move(from * 64 + to);
+  if (m == NoMove) return NoMove;
+  const int piece = pos.board[from];
+  if (kindOf(piece) == King && std::abs(to - from) == 2) m |= 0x1000;
+  if (to != 0 && to == pos.st().epSquare && kindOf(piece) == Pawn) m |= 0x3000;
+  if (readPromotion) switch (text[4]) {
+      case 'n': m |= 0x4000; break;
+      case 'b': m |= 0x5000; break;
+      case 'r': m |= 0x6000; break;
+      case 'q': m |= 0x7000; break;
+      default: break;
+    }
+  return m;
+}
+
+}  // namespace
+
+const char* readFen(Position& pos, const char* fen) {
+  char word[WordBytes];
+  const char* text = fen;
+  // Each field begins one character after the end of the one before.
+  auto nextField = [&]() { text = skipSeparator(readWord(text, word)); };
+
+  nextField();
+  readPlacement(pos, word);
+
+  const std::ptrdiff_t used = pos.state - pos.stateStack + 1;
+  std::ptrdiff_t cleared = used > ClearedEntries ? used : ClearedEntries;
+  if (cleared > StateStackEntries) cleared = StateStackEntries;
+  std::memset(static_cast<void*>(pos.stateStack), 0, std::size_t(cleared) * sizeof(StateEntry));
+  pos.state = pos.stateStack;
+
+  nextField();
+  if (std::strcmp(word, "w") == 0) pos.sideToMove = White;
+  if (std::strcmp(word, "b") == 0) pos.sideToMove = Black;
+
+  nextField();
+  pos.st().castle = castlingRights(word);
+
+  nextField();
+  pos.st().epSquare = std::uint8_t(enPassantSquare(pos, word));
+
+  nextField();
+  pos.st().rule50 = std::uint8_t(readDecimal(word));
+
+  nextField();  // the full-move number is not used
+
+  if (boardSane(pos)) recomputeFromBoard(pos);
+  return text;
+}
+
+Move readMoveText(const Position& pos, const char* text) { return moveFromText(pos, text, true); }
+
+void playMoveList(Position& pos, const char* text) {
+  if (!boardSane(pos)) return;
+  char word[WordBytes];
+  MoveWord list[MaxMoves];
+  for (text = readWord(text, word); word[0]; text = readWord(text, word)) {
+    // The stack keeps room for a search above the game; a longer list is not played further.
+    if (pos.state - pos.stateStack >= MaxGamePlies) return;
+    generateLegalMoves(pos, list);
+    const Move m = moveFromText(pos, word, std::strlen(word) == 5);
+    if (m == NoMove) continue;
+    for (const MoveWord* w = list; *w; ++w)
+      if ((*w & 0x7FFF) == m) {
+        makeRootMove(pos, Move(*w & 0xFFFF));
+        break;
+      }
+  }
+}
+
+void positionCommand(Position& pos, const char* text) {
+  Engine.positionReady = 1;
+  pos.nodes = 0;
+  char word[WordBytes];
+  const char* after = readWord(text, word);
+  if (std::strcmp(word, "startpos") == 0) {
+    readFen(pos, StartFen);
+    text = skipSeparator(after);
+  } else if (std::strcmp(word, "fen") == 0) {
+    text = readFen(pos, skipSeparator(after));
+  }
+  if (*text) {
+    after = readWord(text, word);
+    if (std::strcmp(word, "moves") == 0) playMoveList(pos, after);
+  }
+  pos.ply = 0;
+  if (Engine.firstSearch) clearGainTable();
+}
+
+bool positionPlayable(const Position& pos) { return boardSane(pos) && !leftOwnKingInCheck(pos); }
+
+}  // namespace tavrin
