@@ -6,5 +6,6 @@ namespace tavrin::tool {
 int perftCommand(int argc, char** argv);
 int evalCommand(int argc, char** argv);
 int benchCommand(int argc, char** argv);
+int matchCommand(int argc, char** argv);
 
 }  // namespace tavrin::tool

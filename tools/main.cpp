@@ -16,6 +16,7 @@ const Subcommand Subcommands[] = {
     {"perft", tavrin::tool::perftCommand, "perft [--bulk] FEN DEPTH | perft [--bulk] --epd FILE [--max-depth N]"},
     {"eval", tavrin::tool::evalCommand, "eval FEN"},
     {"bench", tavrin::tool::benchCommand, "bench [DEPTH]"},
+    {"match", tavrin::tool::matchCommand, "match -engine cmd=PATH ... -engine cmd=PATH ... [options] (match --help)"},
 };
 
 int usage() {

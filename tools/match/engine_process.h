@@ -1,0 +1,51 @@
+// A UCI engine running as a child process, spoken to through pipes with bounded waits.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace tavrin::match {
+
+using SteadyClock = std::chrono::steady_clock;
+
+// Writing to an engine that died must fail with an error, not kill the runner.
+void ignoreBrokenPipes();
+
+class EngineProcess {
+ public:
+  enum class ReadStatus { Line, Timeout, Closed };
+
+  EngineProcess() = default;
+  ~EngineProcess();
+  EngineProcess(const EngineProcess&) = delete;
+  EngineProcess& operator=(const EngineProcess&) = delete;
+
+  // Starts the program with its arguments (no shell); stderr goes to /dev/null.
+  bool start(const std::string& command, const std::vector<std::string>& args,
+             const std::string& workDir);
+  bool running() const { return pid_ > 0; }
+
+  // Sends one line (a newline is added). False when the pipe is broken.
+  bool send(const std::string& line);
+  // Reads one line, waiting until the deadline at most.
+  ReadStatus readLine(std::string& line, SteadyClock::time_point deadline);
+
+  // Asks the engine to quit, waits a little, then kills it.
+  void stop(int graceMillis = 300);
+  // Kills at once.
+  void kill();
+  // True once the child has exited (reaps it); exitDescription tells how.
+  bool exited();
+  std::string exitDescription() const { return exitText_; }
+
+ private:
+  void closeFds();
+  int pid_ = -1;
+  int toChild_ = -1;
+  int fromChild_ = -1;
+  std::string buffer_;
+  std::string exitText_;
+};
+
+}  // namespace tavrin::match
