@@ -26,6 +26,11 @@ struct AttackTables {
   Bitboard king[64];
   Bitboard between[64][64];    // squares strictly between two squares on a line, else 0
   Bitboard line[64][64];       // the whole line through two squares on a line, else 0
+  Bitboard pawn[2][64];        // squares a pawn of the colour (index = Color) attacks from s
+  // King squares next to k that a slider checking from c does not x-ray through the king:
+  // the king attacks of k minus the square beyond k on the line from c (all of them when c
+  // and k share no line).
+  Bitboard kingEscape[64][64];
 };
 
 extern RotationTables Rot;
@@ -48,6 +53,36 @@ inline Bitboard bishopAttacks(int sq, const Position& pos) {
 inline Bitboard queenAttacks(int sq, const Position& pos) {
   return rookAttacks(sq, pos) | bishopAttacks(sq, pos);
 }
+
+// The four occupancy boards of a position as one value, so that exchange and legality code can
+// take pieces off a copy and still look sliders up through the rotated tables.
+struct Occupancy {
+  Bitboard plain, fileMajor, antiDiag, diag;
+
+  static Occupancy of(const Position& pos) {
+    return {pos.occupied, pos.occupiedFileMajor, pos.occupiedAntiDiag, pos.occupiedDiag};
+  }
+  // Toggles one square in all four boards.
+  void toggle(int sq) {
+    plain ^= Bitboard(1) << sq;
+    fileMajor ^= Rot.setFileMajor[sq];
+    antiDiag ^= Rot.setAntiDiag[sq];
+    diag ^= Rot.setDiag[sq];
+  }
+};
+
+inline Bitboard rookAttacks(int sq, const Occupancy& o) {
+  return Attacks.rank[sq][(o.plain >> Rot.rankShift[sq]) & 63] |
+         Attacks.file[sq][(o.fileMajor >> Rot.fileShift[sq]) & 63];
+}
+inline Bitboard bishopAttacks(int sq, const Occupancy& o) {
+  return Attacks.antiDiag[sq][(o.antiDiag >> Rot.antiDiagShift[sq]) & 63] |
+         Attacks.diag[sq][(o.diag >> Rot.diagShift[sq]) & 63];
+}
+
+// Slider attacks on an empty board.
+inline Bitboard rookPseudoAttacks(int sq) { return Attacks.rank[sq][0] | Attacks.file[sq][0]; }
+inline Bitboard bishopPseudoAttacks(int sq) { return Attacks.antiDiag[sq][0] | Attacks.diag[sq][0]; }
 
 // Slider attacks for an arbitrary occupancy (slower: loops). For tests, set-up and x-ray work
 // outside the hot paths.

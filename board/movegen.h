@@ -8,6 +8,10 @@ namespace tavrin {
 using MoveWord = std::uint32_t;
 constexpr int MaxMoves = 256;   // room for any position's move list plus terminator
 
+// The move of a list word. The key's low part can reach bit 15 (the non-capture column of
+// CaptureKey carries 0x8000), so the move is the low 15 bits, not the low 16.
+constexpr Move moveOf(MoveWord w) { return Move(w & 0x7FFF); }
+
 // Capture keys by attacker and victim piece code (victim 0: quiet moves through the same table).
 extern std::uint32_t CaptureKey[16][16];
 void initCaptureKeys();
@@ -35,6 +39,13 @@ MoveWord* generateEvasionsWhite(const Position& pos, MoveWord* list, Bitboard ma
 MoveWord* generateEvasionsBlack(const Position& pos, MoveWord* list, Bitboard mask);
 MoveWord* generateQuietWhite(const Position& pos, MoveWord* list, int threshold);
 MoveWord* generateQuietBlack(const Position& pos, MoveWord* list, int threshold);
+
+MoveWord* generateRemainingWhite(const Position& pos, MoveWord* list, int margin);
+MoveWord* generateRemainingBlack(const Position& pos, MoveWord* list, int margin);
+MoveWord* generateQuietChecksWhite(const Position& pos, MoveWord* list);
+MoveWord* generateQuietChecksBlack(const Position& pos, MoveWord* list);
+MoveWord* generateLegalWhite(const Position& pos, MoveWord* list);
+MoveWord* generateLegalBlack(const Position& pos, MoveWord* list);
 
 // Run-time dispatch on the side to move (root, protocol layer, tools).
 MoveWord* generateLegalMoves(const Position& pos, MoveWord* list);

@@ -1,0 +1,197 @@
+// A small FEN reader and writer for tools, tests and the match runner.
+#include "board/fen.h"
+
+#include <cstring>
+
+#include "board/bitboard.h"
+#include "board/legality.h"
+
+namespace tavrin {
+
+namespace {
+
+int pieceFromLetter(char c) {
+  const char* letters = "PNKBRQpnkbrq";
+  static constexpr int Codes[] = {WhitePawn, WhiteKnight, WhiteKing, WhiteBishopLight, WhiteRook, WhiteQueen,
+                                  BlackPawn, BlackKnight, BlackKing, BlackBishopLight, BlackRook, BlackQueen};
+  const char* at = c ? std::strchr(letters, c) : nullptr;
+  return at ? Codes[at - letters] : 0;
+}
+
+const char* skipBlanks(const char* s) {
+  while (*s == ' ' || *s == '\t') ++s;
+  return s;
+}
+
+// Reads a non-negative decimal number of at most six digits; false if none is there.
+bool readNumber(const char*& s, int& value) {
+  if (*s < '0' || *s > '9') return false;
+  value = 0;
+  for (int digits = 0; *s >= '0' && *s <= '9'; ++s, ++digits)
+    if (digits < 6) value = value * 10 + (*s - '0');
+  return true;
+}
+
+}  // namespace
+
+bool setFromFen(Position& pos, const char* fen) {
+  if (!fen || !pos.stateStack) return false;
+  std::uint8_t board[64] = {};
+  const char* s = skipBlanks(fen);
+
+  // Piece placement, rank 8 first.
+  int rank = 7, file = 0;
+  for (; *s && *s != ' ' && *s != '\t'; ++s) {
+    if (*s == '/') {
+      if (file != 8 || rank == 0) return false;
+      --rank, file = 0;
+    } else if (*s >= '1' && *s <= '8') {
+      file += *s - '0';
+      if (file > 8) return false;
+    } else {
+      int piece = pieceFromLetter(*s);
+      if (!piece || file > 7) return false;
+      int sq = makeSquare(file, rank);
+      if (kindOf(piece) == BishopLight && isDarkSquare(sq)) ++piece;
+      board[sq] = std::uint8_t(piece);
+      ++file;
+    }
+  }
+  if (rank != 0 || file != 8) return false;
+
+  // Side to move.
+  s = skipBlanks(s);
+  int side;
+  if (*s == 'w') side = White;
+  else if (*s == 'b') side = Black;
+  else return false;
+  ++s;
+  if (*s && *s != ' ' && *s != '\t') return false;
+
+  // Castling rights.
+  s = skipBlanks(s);
+  if (!*s) return false;
+  int castle = 0;
+  if (*s == '-') {
+    ++s;
+  } else {
+    for (; *s && *s != ' ' && *s != '\t'; ++s) {
+      const char* at = std::strchr("KQkq", *s);
+      if (!at || !*s) return false;
+      castle |= 1 << (at - "KQkq");
+    }
+  }
+
+  // En-passant square.
+  s = skipBlanks(s);
+  if (!*s) return false;
+  int ep = 0;
+  if (*s == '-') {
+    ++s;
+  } else if (*s >= 'a' && *s <= 'h' && s[1] >= '1' && s[1] <= '8') {
+    ep = makeSquare(s[0] - 'a', s[1] - '1');
+    s += 2;
+  } else {
+    return false;
+  }
+  if (*s && *s != ' ' && *s != '\t') return false;
+
+  // Optional counters.
+  int rule50 = 0, fullMove = 1;
+  s = skipBlanks(s);
+  if (*s) {
+    if (!readNumber(s, rule50)) return false;
+    s = skipBlanks(s);
+    if (*s && !readNumber(s, fullMove)) return false;
+  }
+
+  // The men on the board must make a position the engine can play from.
+  int kings[2] = {0, 0}, men[2] = {0, 0}, pawns[2] = {0, 0};
+  for (int sq = 0; sq < 64; ++sq) {
+    const int piece = board[sq];
+    if (!piece) continue;
+    const int colour = isBlackPiece(piece) ? Black : White;
+    ++men[colour];
+    if (kindOf(piece) == King) ++kings[colour];
+    if (kindOf(piece) == Pawn) {
+      ++pawns[colour];
+      if (rankOf(sq) == 0 || rankOf(sq) == 7) return false;
+    }
+  }
+  for (int c = 0; c < 2; ++c)
+    if (kings[c] != 1 || men[c] > 16 || pawns[c] > 8) return false;
+
+  // Rights only where king and rook still stand on their squares.
+  if (board[E1] != WhiteKing) castle &= ~(WhiteKingSide | WhiteQueenSide);
+  if (board[H1] != WhiteRook) castle &= ~WhiteKingSide;
+  if (board[A1] != WhiteRook) castle &= ~WhiteQueenSide;
+  if (board[E8] != BlackKing) castle &= ~(BlackKingSide | BlackQueenSide);
+  if (board[H8] != BlackRook) castle &= ~BlackKingSide;
+  if (board[A8] != BlackRook) castle &= ~BlackQueenSide;
+
+  // An en-passant square only behind a pawn that just made its double step, with a pawn of the
+  // side to move beside it (the make records no other).
+  if (ep) {
+    const int up = side == White ? 8 : -8;
+    const int pushed = ep - up, origin = ep + up;
+    const int enemyPawn = side == White ? BlackPawn : WhitePawn, ownPawn = side == White ? WhitePawn : BlackPawn;
+    bool keep = rankOf(ep) == (side == White ? 5 : 2) && !board[ep] && !board[origin] && board[pushed] == enemyPawn;
+    if (keep) {
+      const bool left = fileOf(pushed) > 0 && board[pushed - 1] == ownPawn;
+      const bool right = fileOf(pushed) < 7 && board[pushed + 1] == ownPawn;
+      keep = left || right;
+    }
+    if (!keep) ep = 0;
+  }
+
+  std::memcpy(pos.board, board, sizeof board);
+  std::memset(static_cast<void*>(pos.stateStack), 0, 2 * sizeof(StateEntry));
+  pos.state = pos.stateStack + 1;  // the entry below the root stays readable
+  pos.sideToMove = std::uint8_t(side);
+  pos.ply = 0;
+  pos.historyCount = 0;
+  pos.state->castle = std::uint8_t(castle);
+  pos.state->epSquare = std::uint8_t(ep);
+  pos.state->rule50 = std::uint8_t(rule50 > 255 ? 255 : rule50);
+  (void)fullMove;
+  recomputeFromBoard(pos);
+
+  // The side not to move must not be in check: its king could be taken.
+  const bool illegal = side == White ? isAttackedBy<White>(pos, pos.blackKingSquare)
+                                     : isAttackedBy<Black>(pos, pos.whiteKingSquare);
+  return !illegal;
+}
+
+std::string toFen(const Position& pos) {
+  std::string fen;
+  for (int rank = 7; rank >= 0; --rank) {
+    int gap = 0;
+    for (int file = 0; file < 8; ++file) {
+      const int piece = pos.board[makeSquare(file, rank)];
+      if (!piece) {
+        ++gap;
+        continue;
+      }
+      if (gap) fen += char('0' + gap), gap = 0;
+      fen += PieceLetters[piece];
+    }
+    if (gap) fen += char('0' + gap);
+    if (rank) fen += '/';
+  }
+  fen += pos.sideToMove == White ? " w " : " b ";
+  const int castle = pos.state->castle;
+  if (!castle) fen += '-';
+  for (int i = 0; i < 4; ++i)
+    if (castle & (1 << i)) fen += "KQkq"[i];
+  fen += ' ';
+  if (const int ep = pos.state->epSquare) {
+    fen += char('a' + fileOf(ep));
+    fen += char('1' + rankOf(ep));
+  } else {
+    fen += '-';
+  }
+  fen += ' ' + std::to_string(pos.state->rule50) + " 1";
+  return fen;
+}
+
+}  // namespace tavrin

@@ -1,0 +1,696 @@
+// Move generators: captures and promotions, check evasions, gain-filtered quiet moves, the
+// remaining quiet moves keyed by history, quiet checks and the full legal list.
+#include "board/movegen.h"
+
+#include <climits>
+#include <optional>
+
+#include "board/attacks.h"
+#include "board/bitboard.h"
+#include "board/legality.h"
+
+namespace tavrin {
+
+std::uint32_t CaptureKey[16][16];
+
+void initCaptureKeys() {
+  // Rows by attacker kind, columns by victim kind (0 empty, 1 pawn, 2 knight, 3 king never
+  // captured, 4 and 5 bishops, 6 rook, 7 queen). The top byte orders most valuable victim
+  // first, then cheapest attacker; bit 21 marks a winning and bit 20 an even capture.
+  static constexpr std::uint32_t ByKind[8][8] = {
+      {},
+      {0x06008000, 0xB0100000, 0xB8200000, 0, 0xC0200000, 0xC0200000, 0xC8200000, 0xD0200000},  // pawn
+      {0x05008000, 0xAF000000, 0xB7100000, 0, 0xBF100000, 0xBF100000, 0xC7200000, 0xCF200000},  // knight
+      {0x07000000, 0xAB000000, 0xB3000000, 0, 0xBB000000, 0xBB000000, 0xC3000000, 0xCB000000},  // king
+      {0x04008000, 0xAE000000, 0xB6100000, 0, 0xBE100000, 0xBE100000, 0xC6200000, 0xCE200000},  // bishop
+      {0x04008000, 0xAE000000, 0xB6100000, 0, 0xBE100000, 0xBE100000, 0xC6200000, 0xCE200000},  // bishop
+      {0x03008000, 0xAD000000, 0xB5000000, 0, 0xBD000000, 0xBD000000, 0xC5100000, 0xCD200000},  // rook
+      {0x02008000, 0xAC000000, 0xB4000000, 0, 0xBC000000, 0xBC000000, 0xC4000000, 0xCC100000},  // queen
+  };
+  for (auto& row : CaptureKey)
+    for (std::uint32_t& key : row) key = 0;
+  for (int attacker = 1; attacker < 8; ++attacker) {
+    CaptureKey[attacker][0] = CaptureKey[attacker + 8][0] = ByKind[attacker][0];
+    for (int victim = 1; victim < 8; ++victim) {
+      CaptureKey[attacker][victim + 8] = ByKind[attacker][victim];
+      CaptureKey[attacker + 8][victim] = ByKind[attacker][victim];
+    }
+  }
+}
+
+namespace {
+
+constexpr MoveWord word(int from, int to, int kind = NormalMove) {
+  return MoveWord((kind << 12) | (from << 6) | to);
+}
+
+// Writes the moves of one piece onto targets, keyed by attacker and victim.
+inline MoveWord* addPieceMoves(const Position& pos, MoveWord* list, int piece, int from, Bitboard targets) {
+  const std::uint32_t* keys = CaptureKey[piece];
+  const MoveWord base = MoveWord(from << 6);
+  while (targets) {
+    const int to = popLowest(targets);
+    *list++ = keys[pos.board[to]] | base | MoveWord(to);
+  }
+  return list;
+}
+
+// The four promotions of one pawn move, queen first; only the queen carries a key.
+inline MoveWord* addPromotions(MoveWord* list, int from, int to, std::uint32_t queenKey) {
+  *list++ = queenKey | word(from, to, PromoteQueen);
+  *list++ = word(from, to, PromoteKnight);
+  *list++ = word(from, to, PromoteRook);
+  *list++ = word(from, to, PromoteBishop);
+  return list;
+}
+
+template <Color Us>
+struct Geometry {
+  using T = ColorTraits<Us>;
+  static constexpr Color Them = ~Us;
+  static constexpr int Up = T::Up;
+  static constexpr int UpWest = Us == White ? 7 : -9;   // capture towards file a
+  static constexpr int UpEast = Us == White ? 9 : -7;   // capture towards file h
+  static constexpr Bitboard Rank3Rel = Us == White ? Rank3Mask : Rank6Mask;
+  static constexpr Bitboard Rank7Rel = Us == White ? Rank7Mask : Rank2Mask;
+  static constexpr Bitboard Rank8Rel = Us == White ? Rank8 : Rank1;
+  static constexpr Bitboard Rank2Rel = Us == White ? Rank2Mask : Rank7Mask;
+};
+
+template <Color Us>
+inline Bitboard attackedByThem(const StateEntry& st) {
+  return Us == White ? st.attackedByBlack : st.attackedByWhite;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Captures and promotions.
+
+template <Color Us>
+MoveWord* generateCaptures(const Position& pos, MoveWord* list, Bitboard targets) {
+  using T = ColorTraits<Us>;
+  using G = Geometry<Us>;
+  const StateEntry& st = *pos.state;
+  const Bitboard* p = pos.pieces;
+
+  // 1. En passant, whatever the targets.
+  if (const int e = st.epSquare) {
+    const MoveWord key = CaptureKey[T::OwnPawn][T::EnemyPawn];
+    if constexpr (Us == White) {
+      if (e >= 7 && pos.board[e - 7] == WhitePawn && fileOf(e - 7) != 0) *list++ = key | word(e - 7, e, EnPassantMove);
+      if (e >= 9 && pos.board[e - 9] == WhitePawn && fileOf(e - 9) != 7) *list++ = key | word(e - 9, e, EnPassantMove);
+    } else {
+      if (e + 7 < 64 && pos.board[e + 7] == BlackPawn && fileOf(e + 7) != 7) *list++ = key | word(e + 7, e, EnPassantMove);
+      if (e + 9 < 64 && pos.board[e + 9] == BlackPawn && fileOf(e + 9) != 0) *list++ = key | word(e + 9, e, EnPassantMove);
+    }
+  }
+
+  // 2-9. Only when some piece of ours attacks a target at all.
+  const Bitboard attackedByUs = Us == White ? st.attackedByWhite : st.attackedByBlack;
+  if (attackedByUs & targets) {
+    const Bitboard pawns = p[T::OwnPawn] & ~G::Rank7Rel;
+    const std::uint32_t* pawnKeys = CaptureKey[T::OwnPawn];
+    for (Bitboard b = shift<G::UpWest>(pawns) & targets; b;) {
+      const int to = popLowest(b);
+      *list++ = pawnKeys[pos.board[to]] | word(to - G::UpWest, to);
+    }
+    for (Bitboard b = shift<G::UpEast>(pawns) & targets; b;) {
+      const int to = popLowest(b);
+      *list++ = pawnKeys[pos.board[to]] | word(to - G::UpEast, to);
+    }
+    for (Bitboard b = p[T::OwnKnight]; b;) {
+      const int from = popLowest(b);
+      list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets);
+    }
+    for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
+      const int from = popLowest(b);
+      list = addPieceMoves(pos, list, pos.board[from], from, bishopAttacks(from, pos) & targets);
+    }
+    for (Bitboard b = p[T::OwnRook]; b;) {
+      const int from = popLowest(b);
+      list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets);
+    }
+    for (Bitboard b = p[T::OwnQueen]; b;) {
+      const int from = popLowest(b);
+      list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets);
+    }
+    const int k = pos.kingSquare(Us);
+    list = addPieceMoves(pos, list, T::OwnKing, k, kingAttacks(k) & targets);
+  }
+
+  // 10. Promotions: queen, and knight only when it checks; whatever the targets for the push.
+  const Bitboard enemyKing = p[T::EnemyKing];
+  for (Bitboard b = p[T::OwnPawn] & G::Rank7Rel; b;) {
+    const int s = popLowest(b);
+    const int push = s + G::Up;
+    if (!pos.board[push]) {
+      *list++ = 0xD8000000u | word(s, push, PromoteQueen);
+      if (knightAttacks(push) & enemyKing) *list++ = 0xC2000000u | word(s, push, PromoteKnight);
+    }
+    auto capture = [&](int to) {
+      if (!(targets & bit(to))) return;
+      const std::uint32_t key = CaptureKey[T::OwnPawn][pos.board[to]];
+      *list++ = (key + 0x28000000u) | word(s, to, PromoteQueen);
+      if (knightAttacks(to) & enemyKing) *list++ = (key + 0x1A000000u) | word(s, to, PromoteKnight);
+    };
+    if (fileOf(s) != 0) capture(s + G::UpWest);
+    if (fileOf(s) != 7) capture(s + G::UpEast);
+  }
+
+  *list = 0;
+  return list;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Check evasions (pseudo-legal: pins are not looked at).
+
+template <Color Us>
+MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask) {
+  using T = ColorTraits<Us>;
+  using G = Geometry<Us>;
+  const StateEntry& st = *pos.state;
+  const Bitboard* p = pos.pieces;
+  const Bitboard checkers = Us == White ? st.whiteKingAttackers : st.blackKingAttackers;
+  if (!checkers) {
+    *list = 0;
+    return list;
+  }
+  const int k = pos.kingSquare(Us);
+  const int c = bitScanForward(checkers);
+
+  // 1. King destinations: off the checking line beyond the king (a pawn checks no line).
+  const Bitboard kingTargets = (pos.board[c] == T::EnemyPawn ? kingAttacks(k) : Attacks.kingEscape[k][c]) &
+                               ~p[T::OwnAll] & ~attackedByThem<Us>(st) & mask;
+  list = addPieceMoves(pos, list, T::OwnKing, k, kingTargets);
+
+  // 3. Against two checkers only the king can move.
+  if (moreThanOne(checkers)) {
+    *list = 0;
+    return list;
+  }
+
+  // 2. One checker: capture it or step in between.
+  const Bitboard targets = (Attacks.between[k][c] | bit(c)) & mask;
+  const std::uint32_t* pawnKeys = CaptureKey[T::OwnPawn];
+
+  if (targets & bit(c)) {
+    // Pawn captures of the checker: first from the file-a side (White c - 9, Black c + 7),
+    // then from the file-h side.
+    const int fromWest = c - G::UpEast, fromEast = c - G::UpWest;
+    auto pawnCapture = [&](int from, bool fileOk) {
+      if (!fileOk || from < 0 || from > 63 || pos.board[from] != T::OwnPawn) return;
+      const std::uint32_t key = pawnKeys[pos.board[c]];
+      if (bit(c) & G::Rank8Rel) list = addPromotions(list, from, c, key + 0x20000000u);
+      else *list++ = key | word(from, c);
+    };
+    pawnCapture(fromWest, fromWest >= 0 && fromWest < 64 && fileOf(fromWest) != 7);
+    pawnCapture(fromEast, fromEast >= 0 && fromEast < 64 && fileOf(fromEast) != 0);
+  }
+
+  if (const int e = st.epSquare; e && (targets & bit(e - G::Up))) {
+    // The checker is the pawn that just made its double step.
+    const MoveWord key = pawnKeys[T::EnemyPawn];
+    const int fromWest = e - G::UpEast, fromEast = e - G::UpWest;
+    if (fromWest >= 0 && fromWest < 64 && fileOf(fromWest) != 7 && pos.board[fromWest] == T::OwnPawn)
+      *list++ = key | word(fromWest, e, EnPassantMove);
+    if (fromEast >= 0 && fromEast < 64 && fileOf(fromEast) != 0 && pos.board[fromEast] == T::OwnPawn)
+      *list++ = key | word(fromEast, e, EnPassantMove);
+  }
+
+  const Bitboard empty = ~pos.occupied;
+  for (Bitboard b = shift<G::Up>(p[T::OwnPawn]) & targets & empty; b;) {
+    const int to = popLowest(b);
+    if (bit(to) & G::Rank8Rel) list = addPromotions(list, to - G::Up, to, pawnKeys[0]);
+    else *list++ = pawnKeys[0] | word(to - G::Up, to);
+  }
+  for (Bitboard b = shift<G::Up>(shift<G::Up>(p[T::OwnPawn] & G::Rank2Rel) & empty) & targets & empty; b;) {
+    const int to = popLowest(b);
+    *list++ = pawnKeys[0] | word(to - 2 * G::Up, to);
+  }
+
+  for (Bitboard b = p[T::OwnKnight]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets);
+  }
+  for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, pos.board[from], from, bishopAttacks(from, pos) & targets);
+  }
+  for (Bitboard b = p[T::OwnRook]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets);
+  }
+  for (Bitboard b = p[T::OwnQueen]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets);
+  }
+  *list = 0;
+  return list;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Quiet moves filtered by their gain, sorted.
+
+namespace {
+
+// Descending insertion sort run from the end of the list towards its start, unsigned compare.
+inline void sortDescending(MoveWord* begin, MoveWord* end) {
+  if (end - begin < 2) return;
+  for (MoveWord* i = end - 2; i >= begin; --i) {
+    const MoveWord x = *i;
+    MoveWord* j = i;
+    while (j + 1 < end && j[1] > x) {
+      j[0] = j[1];
+      ++j;
+    }
+    *j = x;
+    if (i == begin) break;
+  }
+}
+
+inline MoveWord* addGainMoves(MoveWord* list, int piece, int from, Bitboard targets, int threshold) {
+  const std::int16_t* gains = GainTable + piece * 4096 + from * 64;
+  while (targets) {
+    const int to = popLowest(targets);
+    const int gain = gains[to];
+    if (gain >= threshold) *list++ = (MoveWord(gain) << 16) | word(from, to);
+  }
+  return list;
+}
+
+}  // namespace
+
+template <Color Us>
+MoveWord* generateQuiet(const Position& pos, MoveWord* list, int threshold) {
+  using T = ColorTraits<Us>;
+  using G = Geometry<Us>;
+  const Bitboard* p = pos.pieces;
+  const Bitboard empty = ~pos.occupied;
+  MoveWord* const begin = list;
+
+  // 1. Pawns: each double step before the single step of the same pawn.
+  const std::int16_t* pawnGains = GainTable + T::OwnPawn * 4096;
+  for (Bitboard b = shift<G::Up>(p[T::OwnPawn] & ~G::Rank7Rel) & empty; b;) {
+    const int t = popLowest(b);
+    const int from = t - G::Up;
+    if ((bit(t) & G::Rank3Rel) && pos.board[t + G::Up] == 0) {
+      const int gain = pawnGains[from * 64 + t + G::Up];
+      if (gain >= threshold) *list++ = (MoveWord(gain) << 16) | word(from, t + G::Up);
+    }
+    const int gain = pawnGains[from * 64 + t];
+    if (gain >= threshold) *list++ = (MoveWord(gain) << 16) | word(from, t);
+  }
+  // 2-5. Knights, light then dark bishops, rooks, queens.
+  for (Bitboard b = p[T::OwnKnight]; b;) {
+    const int from = popLowest(b);
+    list = addGainMoves(list, T::OwnKnight, from, knightAttacks(from) & empty, threshold);
+  }
+  for (Bitboard b = p[T::OwnBishopLight]; b;) {
+    const int from = popLowest(b);
+    list = addGainMoves(list, T::OwnBishopLight, from, bishopAttacks(from, pos) & empty, threshold);
+  }
+  for (Bitboard b = p[T::OwnBishopDark]; b;) {
+    const int from = popLowest(b);
+    list = addGainMoves(list, T::OwnBishopDark, from, bishopAttacks(from, pos) & empty, threshold);
+  }
+  for (Bitboard b = p[T::OwnRook]; b;) {
+    const int from = popLowest(b);
+    list = addGainMoves(list, T::OwnRook, from, rookAttacks(from, pos) & empty, threshold);
+  }
+  for (Bitboard b = p[T::OwnQueen]; b;) {
+    const int from = popLowest(b);
+    list = addGainMoves(list, T::OwnQueen, from, queenAttacks(from, pos) & empty, threshold);
+  }
+  // 6. The king never steps onto an attacked square here.
+  const int k = pos.kingSquare(Us);
+  list = addGainMoves(list, T::OwnKing, k, kingAttacks(k) & empty & ~attackedByThem<Us>(*pos.state), threshold);
+
+  // 7. Terminate, then sort what this call wrote.
+  *list = 0;
+  sortDescending(begin, list);
+  return list;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Checking squares, shared by the remaining-moves and quiet-check generators.
+
+namespace {
+
+// Where each of our piece kinds would give a direct check, and which of our pieces would give a
+// discovered one by leaving their line to the enemy king.
+template <Color Us>
+struct CheckInfo {
+  int enemyKing;
+  Bitboard pawnSquares, knightSquares, bishopSquares, rookSquares, discoverers;
+
+  explicit CheckInfo(const Position& pos)
+      : enemyKing(pos.kingSquare(~Us)),
+        pawnSquares(Attacks.pawn[~Us][enemyKing]),
+        knightSquares(knightAttacks(enemyKing)),
+        bishopSquares(bishopAttacks(enemyKing, pos)),
+        rookSquares(rookAttacks(enemyKing, pos)),
+        discoverers(discoveredCheckCandidates<Us>(pos)) {}
+
+  Bitboard directSquares(int kind) const {
+    switch (kind) {
+      case Pawn: return pawnSquares;
+      case Knight: return knightSquares;
+      case BishopLight:
+      case BishopDark: return bishopSquares;
+      case Rook: return rookSquares;
+      case Queen: return bishopSquares | rookSquares;
+      default: return 0;
+    }
+  }
+  // Destinations from `from` that give check for a piece of the given kind.
+  Bitboard checkingTargets(int kind, int from) const {
+    Bitboard t = directSquares(kind);
+    if (discoverers & bit(from)) t |= ~Attacks.line[enemyKing][from];
+    return t;
+  }
+};
+
+inline MoveWord historyWord(int piece, int from, int to, int kind = NormalMove) {
+  return (MoveWord(HistoryTable[piece * 64 + to]) << 16) | word(from, to, kind);
+}
+
+// Writes the quiet moves of one piece keyed by history. With Filter, a move whose gain is below
+// the margin is left out unless it gives check.
+template <bool Filter, Color Us>
+inline MoveWord* addHistoryMoves(MoveWord* list, int piece, int from, Bitboard targets, int margin,
+                                 const CheckInfo<Us>* checks) {
+  if constexpr (Filter) {
+    const std::int16_t* gains = GainTable + piece * 4096 + from * 64;
+    const Bitboard checking = checks->checkingTargets(kindOf(piece), from);
+    while (targets) {
+      const int to = popLowest(targets);
+      if (gains[to] >= margin || (checking & bit(to))) *list++ = historyWord(piece, from, to);
+    }
+  } else {
+    (void)margin, (void)checks;
+    while (targets) *list++ = historyWord(piece, from, popLowest(targets));
+  }
+  return list;
+}
+
+template <bool Filter, Color Us>
+MoveWord* remainingMoves(const Position& pos, MoveWord* list, int margin) {
+  using T = ColorTraits<Us>;
+  using G = Geometry<Us>;
+  const Bitboard* p = pos.pieces;
+  const StateEntry& st = *pos.state;
+  const Bitboard empty = ~pos.occupied;
+  const Bitboard attacked = attackedByThem<Us>(st);
+  const int k = pos.kingSquare(Us);
+  std::optional<CheckInfo<Us>> checkStore;
+  const CheckInfo<Us>* checks = nullptr;
+  if constexpr (Filter) checks = &checkStore.emplace(pos);
+
+  // Castling, king side then queen side.
+  constexpr int F = Us == White ? F1 : F8, Gs = Us == White ? G1 : G8, H = Us == White ? H1 : H8;
+  constexpr int D = Us == White ? D1 : D8, C = Us == White ? C1 : C8, B = Us == White ? B1 : B8;
+  constexpr int A = Us == White ? A1 : A8;
+  if (k == T::KingStart) {
+    if ((st.castle & T::KingSideRight) && !(pos.occupied & (bit(F) | bit(Gs))) &&
+        !(attacked & (bit(F) | bit(Gs))) && pos.board[H] == T::OwnRook)
+      *list++ = historyWord(T::OwnKing, k, Gs, CastlingMove);
+    if ((st.castle & T::QueenSideRight) && !(pos.occupied & (bit(B) | bit(C) | bit(D))) &&
+        !(attacked & (bit(C) | bit(D))) && pos.board[A] == T::OwnRook)
+      *list++ = historyWord(T::OwnKing, k, C, CastlingMove);
+  }
+
+  // Pawn pushes (no promotions here): each double step before the single step.
+  {
+    Bitboard checking = 0, discoverers = 0;
+    if constexpr (Filter) checking = checks->pawnSquares, discoverers = checks->discoverers;
+    const std::int16_t* gains = GainTable + T::OwnPawn * 4096;
+    auto add = [&](int from, int to) {
+      if constexpr (Filter) {
+        const bool gives = (checking & bit(to)) ||
+                           ((discoverers & bit(from)) && !(Attacks.line[checks->enemyKing][from] & bit(to)));
+        if (gains[from * 64 + to] < margin && !gives) return;
+      }
+      *list++ = historyWord(T::OwnPawn, from, to);
+    };
+    for (Bitboard b = shift<G::Up>(p[T::OwnPawn] & ~G::Rank7Rel) & empty; b;) {
+      const int t = popLowest(b);
+      if ((bit(t) & G::Rank3Rel) && pos.board[t + G::Up] == 0) add(t - G::Up, t + G::Up);
+      add(t - G::Up, t);
+    }
+  }
+  for (Bitboard b = p[T::OwnQueen]; b;) {
+    const int from = popLowest(b);
+    list = addHistoryMoves<Filter>(list, T::OwnQueen, from, queenAttacks(from, pos) & empty, margin, checks);
+  }
+  for (Bitboard b = p[T::OwnRook]; b;) {
+    const int from = popLowest(b);
+    list = addHistoryMoves<Filter>(list, T::OwnRook, from, rookAttacks(from, pos) & empty, margin, checks);
+  }
+  for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
+    const int from = popLowest(b);
+    list = addHistoryMoves<Filter>(list, pos.board[from], from, bishopAttacks(from, pos) & empty, margin, checks);
+  }
+  list = addHistoryMoves<Filter>(list, T::OwnKing, k, kingAttacks(k) & empty & ~attacked, margin, checks);
+  for (Bitboard b = p[T::OwnKnight]; b;) {
+    const int from = popLowest(b);
+    list = addHistoryMoves<Filter>(list, T::OwnKnight, from, knightAttacks(from) & empty, margin, checks);
+  }
+
+  // Under-promotions: the knight only where it does not check (checking ones come with the
+  // captures), then rook and bishop.
+  const Bitboard enemyKing = p[T::EnemyKing];
+  const Bitboard victims = p[T::EnemyAll] & ~enemyKing;
+  for (Bitboard b = p[T::OwnPawn] & G::Rank7Rel; b;) {
+    const int s = popLowest(b);
+    auto under = [&](int to) {
+      const MoveWord key = MoveWord(HistoryTable[T::OwnPawn * 64 + to]) << 16;
+      if (!(knightAttacks(to) & enemyKing)) *list++ = key | word(s, to, PromoteKnight);
+      *list++ = key | word(s, to, PromoteRook);
+      *list++ = key | word(s, to, PromoteBishop);
+    };
+    if (!pos.board[s + G::Up]) under(s + G::Up);
+    if (fileOf(s) != 0 && (victims & bit(s + G::UpWest))) under(s + G::UpWest);
+    if (fileOf(s) != 7 && (victims & bit(s + G::UpEast))) under(s + G::UpEast);
+  }
+  *list = 0;
+  return list;
+}
+
+}  // namespace
+
+template <Color Us>
+MoveWord* generateRemaining(const Position& pos, MoveWord* list, int margin) {
+  return margin == INT_MIN ? remainingMoves<false, Us>(pos, list, margin) : remainingMoves<true, Us>(pos, list, margin);
+}
+
+template <Color Us>
+MoveWord* generateQuietChecks(const Position& pos, MoveWord* list) {
+  using T = ColorTraits<Us>;
+  using G = Geometry<Us>;
+  const Bitboard* p = pos.pieces;
+  const Bitboard empty = ~pos.occupied;
+  const CheckInfo<Us> checks(pos);
+
+  // Pawn pushes that are not promotions.
+  for (Bitboard b = shift<G::Up>(p[T::OwnPawn] & ~G::Rank7Rel) & empty; b;) {
+    const int t = popLowest(b);
+    const int from = t - G::Up;
+    const Bitboard checking = checks.checkingTargets(Pawn, from);
+    if ((bit(t) & G::Rank3Rel) && pos.board[t + G::Up] == 0 && (checking & bit(t + G::Up)))
+      *list++ = historyWord(T::OwnPawn, from, t + G::Up);
+    if (checking & bit(t)) *list++ = historyWord(T::OwnPawn, from, t);
+  }
+  auto pieces = [&](int piece, Bitboard set, auto attacksOf) {
+    for (Bitboard b = set; b;) {
+      const int from = popLowest(b);
+      const Bitboard targets = attacksOf(from) & empty & checks.checkingTargets(kindOf(piece ? piece : pos.board[from]), from);
+      list = addHistoryMoves<false, Us>(list, piece ? piece : pos.board[from], from, targets, 0, nullptr);
+    }
+  };
+  pieces(T::OwnKnight, p[T::OwnKnight], [](int s) { return knightAttacks(s); });
+  pieces(0, p[T::OwnBishopLight] | p[T::OwnBishopDark], [&](int s) { return bishopAttacks(s, pos); });
+  pieces(T::OwnRook, p[T::OwnRook], [&](int s) { return rookAttacks(s, pos); });
+  pieces(T::OwnQueen, p[T::OwnQueen], [&](int s) { return queenAttacks(s, pos); });
+  // The king only checks by discovery, and never onto an attacked square.
+  const int k = pos.kingSquare(Us);
+  if (checks.discoverers & bit(k)) {
+    const Bitboard targets = kingAttacks(k) & empty & ~attackedSquares<~Us>(pos) & ~Attacks.line[checks.enemyKing][k];
+    list = addHistoryMoves<false, Us>(list, T::OwnKing, k, targets, 0, nullptr);
+  }
+  *list = 0;
+  return list;
+}
+
+// ---------------------------------------------------------------------------------------------
+// The full legal list, from checkers and pins computed here.
+
+template <Color Us>
+MoveWord* generateLegal(const Position& pos, MoveWord* list) {
+  using T = ColorTraits<Us>;
+  using G = Geometry<Us>;
+  constexpr Color Them = ~Us;
+  const Bitboard* p = pos.pieces;
+  const int k = pos.kingSquare(Us);
+  const Bitboard own = p[T::OwnAll];
+  const Bitboard enemy = p[T::EnemyAll] & ~p[T::EnemyKing];
+  const Bitboard empty = ~pos.occupied;
+  const Bitboard checkers = attackersTo<Them>(pos, k);
+
+  // King moves: no attacked square, and not along a checking slider's line away from it.
+  Bitboard kingTargets = kingAttacks(k) & ~own & ~p[T::EnemyKing];
+  for (Bitboard sliders = checkers & ~p[T::EnemyPawn] & ~p[T::EnemyKnight]; sliders;)
+    kingTargets &= Attacks.kingEscape[k][popLowest(sliders)];
+  for (Bitboard b = kingTargets; b;) {
+    const int to = popLowest(b);
+    if (!isAttackedBy<Them>(pos, to)) *list++ = CaptureKey[T::OwnKing][pos.board[to]] | word(k, to);
+  }
+  if (moreThanOne(checkers)) {
+    *list = 0;
+    return list;
+  }
+
+  const Bitboard pinned = pinnedPieces<Us>(pos);
+  const Bitboard targets = checkers ? Attacks.between[k][bitScanForward(checkers)] | checkers : ~own;
+  auto allowed = [&](int from) { return (pinned & bit(from)) ? Attacks.line[k][from] : ~Bitboard(0); };
+
+  // Pawns.
+  const std::uint32_t* pawnKeys = CaptureKey[T::OwnPawn];
+  const Bitboard pawns = p[T::OwnPawn] & ~G::Rank7Rel, promoting = p[T::OwnPawn] & G::Rank7Rel;
+  const Bitboard single = shift<G::Up>(pawns) & empty;
+  for (Bitboard b = single & targets; b;) {
+    const int to = popLowest(b);
+    if (allowed(to - G::Up) & bit(to)) *list++ = pawnKeys[0] | word(to - G::Up, to);
+  }
+  for (Bitboard b = shift<G::Up>(single & G::Rank3Rel) & empty & targets; b;) {
+    const int to = popLowest(b);
+    if (allowed(to - 2 * G::Up) & bit(to)) *list++ = pawnKeys[0] | word(to - 2 * G::Up, to);
+  }
+  for (Bitboard b = shift<G::UpWest>(pawns) & enemy & targets; b;) {
+    const int to = popLowest(b);
+    if (allowed(to - G::UpWest) & bit(to)) *list++ = pawnKeys[pos.board[to]] | word(to - G::UpWest, to);
+  }
+  for (Bitboard b = shift<G::UpEast>(pawns) & enemy & targets; b;) {
+    const int to = popLowest(b);
+    if (allowed(to - G::UpEast) & bit(to)) *list++ = pawnKeys[pos.board[to]] | word(to - G::UpEast, to);
+  }
+  if (promoting) {
+    auto promote = [&](Bitboard tos, int delta) {
+      for (Bitboard b = tos & targets; b;) {
+        const int to = popLowest(b);
+        const int from = to - delta;
+        if (!(allowed(from) & bit(to))) continue;
+        const std::uint32_t key = pawnKeys[pos.board[to]];
+        *list++ = (key + 0x28000000u) | word(from, to, PromoteQueen);
+        *list++ = key | word(from, to, PromoteKnight);
+        *list++ = key | word(from, to, PromoteRook);
+        *list++ = key | word(from, to, PromoteBishop);
+      }
+    };
+    promote(shift<G::Up>(promoting) & empty, G::Up);
+    promote(shift<G::UpWest>(promoting) & enemy, G::UpWest);
+    promote(shift<G::UpEast>(promoting) & enemy, G::UpEast);
+  }
+  if (const int e = pos.state->epSquare) {
+    // Rare enough to test by playing it out on the occupancy: two pawns leave one rank at once,
+    // which no pin table sees.
+    const int victim = e - G::Up;
+    for (Bitboard b = Attacks.pawn[Them][e] & p[T::OwnPawn]; b;) {
+      const int from = popLowest(b);
+      const Bitboard occ = (pos.occupied ^ bit(from) ^ bit(victim)) | bit(e);
+      const Bitboard bishops = p[T::EnemyBishopLight] | p[T::EnemyBishopDark] | p[T::EnemyQueen];
+      const Bitboard rooks = p[T::EnemyRook] | p[T::EnemyQueen];
+      const Bitboard attackers = (knightAttacks(k) & p[T::EnemyKnight]) |
+                                 (Attacks.pawn[Us][k] & p[T::EnemyPawn] & ~bit(victim)) |
+                                 (slowBishopAttacks(k, occ) & bishops) | (slowRookAttacks(k, occ) & rooks);
+      if (!attackers) *list++ = pawnKeys[T::EnemyPawn] | word(from, e, EnPassantMove);
+    }
+  }
+
+  // Pieces.
+  for (Bitboard b = p[T::OwnKnight] & ~pinned; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets & ~p[T::EnemyKing]);
+  }
+  for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, pos.board[from], from,
+                         bishopAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing]);
+  }
+  for (Bitboard b = p[T::OwnRook]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing]);
+  }
+  for (Bitboard b = p[T::OwnQueen]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing]);
+  }
+
+  // Castling: not out of check, not through or onto an attacked square.
+  if (!checkers && k == T::KingStart) {
+    constexpr int F = Us == White ? F1 : F8, Gs = Us == White ? G1 : G8, H = Us == White ? H1 : H8;
+    constexpr int D = Us == White ? D1 : D8, C = Us == White ? C1 : C8, B = Us == White ? B1 : B8;
+    constexpr int A = Us == White ? A1 : A8;
+    const int castle = pos.state->castle;
+    if ((castle & T::KingSideRight) && !(pos.occupied & (bit(F) | bit(Gs))) && pos.board[H] == T::OwnRook &&
+        !isAttackedBy<Them>(pos, F) && !isAttackedBy<Them>(pos, Gs))
+      *list++ = CaptureKey[T::OwnKing][0] | word(k, Gs, CastlingMove);
+    if ((castle & T::QueenSideRight) && !(pos.occupied & (bit(B) | bit(C) | bit(D))) &&
+        pos.board[A] == T::OwnRook && !isAttackedBy<Them>(pos, D) && !isAttackedBy<Them>(pos, C))
+      *list++ = CaptureKey[T::OwnKing][0] | word(k, C, CastlingMove);
+  }
+  *list = 0;
+  return list;
+}
+
+template MoveWord* generateCaptures<White>(const Position&, MoveWord*, Bitboard);
+template MoveWord* generateCaptures<Black>(const Position&, MoveWord*, Bitboard);
+template MoveWord* generateEvasions<White>(const Position&, MoveWord*, Bitboard);
+template MoveWord* generateEvasions<Black>(const Position&, MoveWord*, Bitboard);
+template MoveWord* generateQuiet<White>(const Position&, MoveWord*, int);
+template MoveWord* generateQuiet<Black>(const Position&, MoveWord*, int);
+template MoveWord* generateRemaining<White>(const Position&, MoveWord*, int);
+template MoveWord* generateRemaining<Black>(const Position&, MoveWord*, int);
+template MoveWord* generateQuietChecks<White>(const Position&, MoveWord*);
+template MoveWord* generateQuietChecks<Black>(const Position&, MoveWord*);
+template MoveWord* generateLegal<White>(const Position&, MoveWord*);
+template MoveWord* generateLegal<Black>(const Position&, MoveWord*);
+
+MoveWord* generateCapturesWhite(const Position& pos, MoveWord* list, Bitboard targets) {
+  return generateCaptures<White>(pos, list, targets);
+}
+MoveWord* generateCapturesBlack(const Position& pos, MoveWord* list, Bitboard targets) {
+  return generateCaptures<Black>(pos, list, targets);
+}
+MoveWord* generateEvasionsWhite(const Position& pos, MoveWord* list, Bitboard mask) {
+  return generateEvasions<White>(pos, list, mask);
+}
+MoveWord* generateEvasionsBlack(const Position& pos, MoveWord* list, Bitboard mask) {
+  return generateEvasions<Black>(pos, list, mask);
+}
+MoveWord* generateQuietWhite(const Position& pos, MoveWord* list, int threshold) {
+  return generateQuiet<White>(pos, list, threshold);
+}
+MoveWord* generateQuietBlack(const Position& pos, MoveWord* list, int threshold) {
+  return generateQuiet<Black>(pos, list, threshold);
+}
+MoveWord* generateRemainingWhite(const Position& pos, MoveWord* list, int margin) {
+  return generateRemaining<White>(pos, list, margin);
+}
+MoveWord* generateRemainingBlack(const Position& pos, MoveWord* list, int margin) {
+  return generateRemaining<Black>(pos, list, margin);
+}
+MoveWord* generateQuietChecksWhite(const Position& pos, MoveWord* list) {
+  return generateQuietChecks<White>(pos, list);
+}
+MoveWord* generateQuietChecksBlack(const Position& pos, MoveWord* list) {
+  return generateQuietChecks<Black>(pos, list);
+}
+MoveWord* generateLegalWhite(const Position& pos, MoveWord* list) { return generateLegal<White>(pos, list); }
+MoveWord* generateLegalBlack(const Position& pos, MoveWord* list) { return generateLegal<Black>(pos, list); }
+
+MoveWord* generateLegalMoves(const Position& pos, MoveWord* list) {
+  return pos.sideToMove == White ? generateLegalWhite(pos, list) : generateLegalBlack(pos, list);
+}
+
+}  // namespace tavrin

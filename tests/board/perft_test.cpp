@@ -1,0 +1,56 @@
+// Perft counts of the suite, in both colours: the legal generator and make/unmake end to end.
+#include <gtest/gtest.h>
+
+#include "board/perft.h"
+#include "board_test_support.h"
+
+namespace tavrin::test {
+namespace {
+
+#ifdef TAVRIN_SANITIZED
+constexpr std::uint64_t BulkLeafBudget = 200000;   // largest count checked per depth
+constexpr int MadeDepth = 2;
+#else
+constexpr std::uint64_t BulkLeafBudget = ~std::uint64_t(0);
+constexpr int MadeDepth = 4;
+#endif
+
+TEST(Perft, SuiteCountsWithBulkCounting) {
+  BoardFixture f;
+  auto lines = readPerftEpd();
+  ASSERT_GT(lines.size(), 100u);
+  for (const EpdLine& line : lines) {
+    f.set(line.fen);
+    for (auto [depth, expected] : line.counts)
+      if (expected <= BulkLeafBudget) EXPECT_EQ(perft(f.pos, depth, true), expected) << line.fen << " depth " << depth;
+  }
+}
+
+TEST(Perft, SuiteCountsMakingEveryLeaf) {
+  BoardFixture f;
+  for (const EpdLine& line : readPerftEpd()) {
+    f.set(line.fen);
+    for (auto [depth, expected] : line.counts)
+      if (depth <= MadeDepth) EXPECT_EQ(perft(f.pos, depth, false), expected) << line.fen << " depth " << depth;
+  }
+}
+
+TEST(Perft, ColourMirrorGivesTheSameCounts) {
+  BoardFixture f;
+  for (const EpdLine& line : readPerftEpd()) {
+    const std::string mirrored = mirrorFen(line.fen);
+    f.set(mirrored);
+    for (auto [depth, expected] : line.counts)
+      if (depth <= 3) EXPECT_EQ(perft(f.pos, depth, depth % 2 == 1), expected) << mirrored << " depth " << depth;
+  }
+}
+
+TEST(Perft, MirrorOfMirrorIsTheOriginal) {
+  const char* fens[] = {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+                        "8/8/8/3pP3/8/8/8/4K2k w - d6 0 2"};
+  for (const char* fen : fens) EXPECT_EQ(mirrorFen(mirrorFen(fen)), fen);
+  EXPECT_EQ(mirrorFen("8/8/8/3pP3/8/8/8/4K2k w - d6 0 2"), "4k2K/8/8/8/3Pp3/8/8/8 b - d3 0 2");
+}
+
+}  // namespace
+}  // namespace tavrin::test
