@@ -210,3 +210,25 @@ TEST_F(MatchGame, PonderingAsAGuiDoes) {
       << text.str();
   EXPECT_NE(text.str().find("ponderhit"), std::string::npos);
 }
+
+TEST_F(MatchGame, ToolPlaysAMatchAndWritesPgn) {
+  std::string pgn = dir_ + "/games.pgn", out = dir_ + "/out.txt";
+  std::string moves = " f2f3 e7e5 g2g4 d8h4'";
+  std::string cmd = std::string(TAVRIN_TOOL_PATH) + " match -engine cmd=" + script_ +
+                    " name=A 'args=normal" + moves + " -engine cmd=" + script_ + " name=B 'args=normal" +
+                    moves + " -each tc=5+0 -games 4 -concurrency 2 -pgnout " + pgn + " > " + out;
+  ASSERT_EQ(std::system(cmd.c_str()), 0);
+  std::ifstream in(out);
+  std::stringstream text;
+  text << in.rdbuf();
+  // Each side wins as Black: every pair is one win and one loss for A.
+  EXPECT_NE(text.str().find("Summary: engine=A opponent=B games=4 wins=2 losses=2 draws=0 score=0.500 "
+                            "elo=+0.0"),
+            std::string::npos)
+      << text.str();
+  EXPECT_NE(text.str().find("Pentanomial pairs [LL LD DD/WL WD WW]: [0 0 2 0 0]"), std::string::npos);
+  std::ifstream games(pgn);
+  int count = 0;
+  for (std::string line; std::getline(games, line);) count += line.rfind("[Event ", 0) == 0;
+  EXPECT_EQ(count, 4);
+}

@@ -261,7 +261,7 @@ std::string parseMatchOptions(const std::vector<std::string>& a, MatchOptions& o
   // Equal names would make results and PGN ambiguous.
   for (std::size_t i = 0; i < out.engines.size(); ++i)
     for (std::size_t j = 0; j < i; ++j)
-      if (out.engines[i].name == out.engines[j].name) out.engines[i].name += "-" + std::to_string(i + 1);
+      if (out.engines[i].name == out.engines[j].name) out.engines[i].name.append(1, '-').append(std::to_string(i + 1));
   return "";
 }
 

@@ -82,10 +82,11 @@ std::string formatPgn(const GameRecord& g, const PgnContext& ctx) {
   Color side = g.firstMover;
   bool needNumber = true;
   for (const MoveRecord& m : g.moves) {
-    if (side == White) w.add(std::to_string(number) + ".");
-    else if (needNumber) w.add(std::to_string(number) + "...");
-    w.add(m.san);
-    w.add("{" + moveComment(m) + "}");
+    // A move number stays on the line of its move.
+    if (side == White) w.add(std::to_string(number) + ". " + m.san);
+    else if (needNumber) w.add(std::to_string(number) + "... " + m.san);
+    else w.add(m.san);
+    w.add(std::string(1, '{').append(moveComment(m)).append(1, '}'));
     needNumber = true;   // after a comment a black move carries its number again
     if (side == Black) ++number;
     side = ~side;

@@ -74,6 +74,7 @@ double sprtLlr(const Tally& t, double elo0, double elo1) {
 
 std::string formatElo(double elo) {
   if (std::isinf(elo)) return elo > 0 ? "+inf" : "-inf";
+  if (std::fabs(elo) < 0.05) elo = 0;   // no "-0.0"
   char buf[32];
   std::snprintf(buf, sizeof buf, "%+.1f", elo);
   return buf;

@@ -68,7 +68,7 @@ std::string TimeControl::pgnText() const {
   if (hasClock) {
     std::string s = movesPerPeriod ? std::to_string(movesPerPeriod) + "/" : "";
     s += seconds(baseMs);
-    if (incMs) s += "+" + seconds(incMs);
+    if (incMs) s.append(1, '+').append(seconds(incMs));
     return s;
   }
   if (moveTimeMs) return seconds(moveTimeMs) + "/move";
