@@ -13,6 +13,10 @@ void evaluate(Position& pos, int lower, int upper, Move lastMove);
 // Full-window evaluation used by set-up and the root.
 inline void evaluateFull(Position& pos) { evaluate(pos, -32767, 32767, 0); }
 
+// Builds the evaluation's constant tables (material table from Engine's piece values, the KPK
+// bitbase). Start-up, after the piece-square tables; later calls do nothing.
+void initEvaluation();
+
 // Clears the evaluation cache, the gain table and the pawn table (new game).
 void clearEvaluationTables();
 // Clears only the gain table (first search of a game).

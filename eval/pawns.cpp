@@ -1,0 +1,155 @@
+// The pawn-structure evaluator and the pawn hash table with its lockless XOR check.
+#include "eval/pawns.h"
+
+#include "app/platform.h"
+#include "board/bitboard.h"
+#include "eval/masks.h"
+#include "eval/weights.h"
+
+namespace tavrin {
+
+namespace {
+PawnEntry SinglePawnEntry;  // the table before the first allocation
+}
+
+PawnEntry* PawnTable = &SinglePawnEntry;
+std::uint64_t PawnTableMask = 0;
+
+namespace {
+
+using namespace weights;
+
+// Shelter and storm of the three files around a king standing on ksq, middlegame points.
+template <Color Us>
+int shelterAt(const Position& pos, int ksq) {
+  using T = ColorTraits<Us>;
+  Bitboard ours = pos.pieces[T::OwnPawn], theirs = pos.pieces[T::EnemyPawn];
+  // Pawns on the king's rank or in front of it.
+  Bitboard zone = forwardRanks(Us, rankOf(ksq)) | rankMask(rankOf(ksq));
+  int centre = fileOf(ksq) < 1 ? 1 : fileOf(ksq) > 6 ? 6 : fileOf(ksq);
+  int score = 0;
+  for (int f = centre - 1; f <= centre + 1; ++f) {
+    Bitboard file = fileMask(f);
+    Bitboard own = ours & zone & file, enemy = theirs & zone & file;
+    int ownRank = 0, enemyRank = 0;
+    if (own) ownRank = T::RelativeRank(Us == White ? bitScanForward(own) : bitScanReverse(own));
+    if (enemy) enemyRank = T::RelativeRank(Us == White ? bitScanForward(enemy) : bitScanReverse(enemy));
+    int shelter = ShelterRank[ownRank];
+    score += f == fileOf(ksq) ? 2 * shelter : shelter;
+    if (enemyRank) score += (ownRank && enemyRank == ownRank + 1) ? StormBlocked : StormRank[enemyRank];
+    if (!((ours | theirs) & file)) score += OpenFileNearKing;
+  }
+  return score;
+}
+
+// The best shelter the king has or can still reach by castling.
+template <Color Us>
+int kingShelter(const Position& pos) {
+  using T = ColorTraits<Us>;
+  int ksq = pos.kingSquare(Us);
+  int best = shelterAt<Us>(pos, ksq);
+  int castle = pos.st().castle;
+  if (castle & T::KingSideRight) {
+    int s = shelterAt<Us>(pos, Us == White ? G1 : G8);
+    best = s > best ? s : best;
+  }
+  if (castle & T::QueenSideRight) {
+    int s = shelterAt<Us>(pos, Us == White ? C1 : C8);
+    best = s > best ? s : best;
+  }
+  return best;
+}
+
+template <Color Us>
+Packed evaluatePawnSide(const Position& pos, PawnEntry& e) {
+  using T = ColorTraits<Us>;
+  constexpr Color Them = T::Them;
+  Bitboard ours = pos.pieces[T::OwnPawn], theirs = pos.pieces[T::EnemyPawn];
+  Bitboard theirAttacks = pawnAttacks<Them>(theirs);
+  Packed score = 0;
+  std::uint8_t passed = 0, candidates = 0;
+
+  for (Bitboard b = ours; b;) {
+    int s = popLowest(b);
+    int f = fileOf(s), r = T::RelativeRank(s);
+    // Pawns on the first or last rank only come from hand-made positions; keep them in bounds.
+    int stop = r == 7 ? s : s + T::Up;
+    Bitboard front = Spans.forwardFile[Us][s];
+    Bitboard neighbours = ours & adjacentFiles(f);
+    Bitboard behindOrLevel = neighbours & Spans.attackSpan[Them][stop];
+    bool opposed = (theirs & front) != 0;
+    bool doubled = (ours & front) != 0;
+    bool phalanx = (neighbours & rankMask(rankOf(s))) != 0;
+    bool supported = r > 0 && (neighbours & rankMask(rankOf(s - T::Up))) != 0;
+
+    if (!neighbours) {
+      score += Isolated;
+      if (!opposed) score += IsolatedOpen;
+    } else if (!behindOrLevel && ((theirAttacks | theirs) & bit(stop))) {
+      score += Backward;
+      if (!opposed) score += BackwardOpen;
+    }
+    if (doubled) score += Doubled;
+    if (supported || phalanx) {
+      score += Connected[r];
+      if (phalanx) score += Phalanx[r];
+    }
+    if (!doubled && !(theirs & Spans.passedSpan[Us][s])) {
+      score += PassedRank[r];
+      passed |= std::uint8_t(1 << f);
+    } else if (!doubled && !opposed) {
+      Bitboard sentries = theirs & Spans.attackSpan[Us][s];
+      if (popCount(behindOrLevel) >= popCount(sentries)) {
+        score += CandidateRank[r];
+        candidates |= std::uint8_t(1 << f);
+      }
+    }
+  }
+
+  std::uint8_t ownFiles = 0, allFiles = 0;
+  bool symmetric = true;
+  for (int f = 0; f < 8; ++f) {
+    int own = popCount(ours & fileMask(f)), enemy = popCount(theirs & fileMask(f));
+    if (own) ownFiles |= std::uint8_t(1 << f);
+    if (own || enemy) allFiles |= std::uint8_t(1 << f);
+    if (own != enemy) symmetric = false;
+  }
+  int count = popCount(ours);
+  int pull = 0;
+  if (!passed && count) {
+    if (symmetric) pull += PullSymmetric;
+    Bitboard all = ours | theirs;
+    if ((!(all & QueenSideFiles) || !(all & KingSideFiles)) && count <= popCount(theirs) + 1)
+      pull += PullOneWing;
+    if (count <= 2) pull += PullFewPawns;
+  }
+
+  e.count[Us] = std::uint8_t(count);
+  e.pull[Us] = std::uint8_t(pull);
+  e.passedFiles[Us] = passed;
+  e.candidateFiles[Us] = candidates;
+  e.semiOpenFiles[Us] = std::uint8_t(~ownFiles);
+  e.pawnFiles = allFiles;
+  e.shelter[Us] = std::int16_t(kingShelter<Us>(pos));
+  return score;
+}
+
+}  // namespace
+
+void evaluatePawns(const Position& pos, PawnEntry& e) {
+  e = PawnEntry{};
+  Packed white = evaluatePawnSide<White>(pos, e);
+  Packed black = evaluatePawnSide<Black>(pos, e);
+  e.score = white - black;
+  Key key = pos.st().pawnKey;
+  std::uint32_t w[8];
+  std::memcpy(w, &e, sizeof w);
+  w[0] = std::uint32_t(key) ^ w[2] ^ w[4] ^ w[6];
+  w[1] = std::uint32_t(key >> 32) ^ w[3] ^ w[5] ^ w[7];
+  std::memcpy(&e, w, sizeof w);
+  std::memcpy(pawnSlot(key), w, sizeof w);
+}
+
+void clearPawnTable() { std::memset(static_cast<void*>(PawnTable), 0, (PawnTableMask + 1) * sizeof(PawnEntry)); }
+
+}  // namespace tavrin

@@ -1,0 +1,267 @@
+// Piece terms of the full evaluation: mobility, outposts, rooks and queens on files and ranks,
+// king safety, threats and passed pawns with pieces. Each is a colour template; the attack sets
+// built on the way become the position's attack summary.
+#include "board/attacks.h"
+#include "board/bitboard.h"
+#include "eval/eval_internal.h"
+#include "eval/masks.h"
+#include "eval/weights.h"
+
+namespace tavrin {
+
+namespace {
+
+using namespace weights;
+
+// Attack sets by colour ([Black, White]) and piece kind (Pawn, Knight, King, BishopLight for both
+// bishops, Rook, Queen), built while the pieces are scored.
+struct AttackInfo {
+  Bitboard all[2];
+  Bitboard twice[2];
+  Bitboard byKind[2][8];
+  Bitboard kingZone[2];
+  Bitboard mobilityArea[2];
+  int kingAttackers[2];        // pieces of this colour attacking the enemy king zone
+  int kingAttackWeight[2];
+  int kingZoneAttacks[2];      // attacks on squares next to the enemy king
+};
+
+template <Color Us>
+void addAttacks(AttackInfo& ai, int kind, Bitboard att) {
+  ai.twice[Us] |= ai.all[Us] & att;
+  ai.all[Us] |= att;
+  ai.byKind[Us][kind] |= att;
+}
+
+template <Color Us>
+void initAttacks(const Position& pos, AttackInfo& ai) {
+  using T = ColorTraits<Us>;
+  constexpr Color Them = T::Them;
+  Bitboard pawns = pos.pieces[T::OwnPawn];
+  Bitboard left = Us == White ? shift<7>(pawns) : shift<-9>(pawns);
+  Bitboard right = Us == White ? shift<9>(pawns) : shift<-7>(pawns);
+  int ksq = pos.kingSquare(Us);
+  Bitboard kingAtt = kingAttacks(ksq);
+  ai.byKind[Us][Pawn] = left | right;
+  ai.byKind[Us][King] = kingAtt;
+  ai.all[Us] = left | right | kingAtt;
+  ai.twice[Us] = (left & right) | ((left | right) & kingAtt);
+  ai.kingZone[Us] = kingAtt | bit(ksq);
+  // Pawns that cannot move or have not moved yet, the own king and squares held by enemy pawns
+  // do not count as room for the pieces.
+  Bitboard lowRanks = Us == White ? (Rank2Mask | Rank3Mask) : (Rank7Mask | Rank6Mask);
+  Bitboard blocked = pawns & (Us == White ? shift<-8>(pos.occupied) : shift<8>(pos.occupied));
+  Bitboard enemyPawns = pos.pieces[T::EnemyPawn];
+  Bitboard enemyPawnAttacks = pawnAttacks<Them>(enemyPawns);
+  ai.mobilityArea[Us] = ~((pawns & (lowRanks | blocked)) | bit(ksq) | enemyPawnAttacks);
+}
+
+// Knights, bishops, rooks and queens of one colour: mobility, activity and attacks.
+template <Color Us>
+void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai, EvalTerms& terms) {
+  using T = ColorTraits<Us>;
+  constexpr Color Them = T::Them;
+  Packed mobility = 0, activity = 0;
+  Bitboard ownPawns = pos.pieces[T::OwnPawn], enemyPawns = pos.pieces[T::EnemyPawn];
+  Bitboard allPawns = ownPawns | enemyPawns;
+  Bitboard enemyPawnSpan = pawnAttacks<Them>(forwardFill<Them>(enemyPawns));
+  Bitboard outpostRanks = Us == White ? (Rank4Mask | Rank5Mask | Rank6Mask) : (Rank5Mask | Rank4Mask | Rank3Mask);
+  Bitboard zone = ai.kingZone[Them];
+  int enemyKing = pos.kingSquare(Them);
+
+  auto kingAttack = [&](int kind, Bitboard att) {
+    if (att & zone) {
+      ai.kingAttackers[Us]++;
+      ai.kingAttackWeight[Us] += AttackerWeight[kind];
+      ai.kingZoneAttacks[Us] += popCount(att & ai.byKind[Them][King]);
+    }
+  };
+  auto minorCommon = [&](int s, bool knight) {
+    Bitboard sq = bit(s);
+    if ((sq & outpostRanks & ~enemyPawnSpan)) {
+      if (ai.byKind[Us][Pawn] & sq) activity += knight ? KnightOutpost : BishopOutpost;
+      else if (knight) activity += OutpostUndefended;
+    }
+    if (T::RelativeRank(s) < 5 && (allPawns & bit(s + T::Up))) activity += MinorBehindPawn;
+  };
+
+  for (Bitboard b = pos.pieces[T::OwnKnight]; b;) {
+    int s = popLowest(b);
+    Bitboard att = knightAttacks(s);
+    addAttacks<Us>(ai, Knight, att);
+    kingAttack(Knight, att);
+    mobility += KnightMobility[popCount(att & ai.mobilityArea[Us])];
+    minorCommon(s, true);
+  }
+  for (Bitboard b = pos.pieces[T::OwnBishopLight] | pos.pieces[T::OwnBishopDark]; b;) {
+    int s = popLowest(b);
+    Bitboard att = bishopAttacks(s, pos);
+    addAttacks<Us>(ai, BishopLight, att);
+    kingAttack(BishopLight, att);
+    mobility += BishopMobility[popCount(att & ai.mobilityArea[Us])];
+    minorCommon(s, false);
+    Bitboard colour = isDarkSquare(s) ? DarkSquares : ~DarkSquares;
+    activity += BishopPawnsSameColour * popCount(ownPawns & colour);
+    // A bishop on a7/h7 (a2/h2 for Black) shut in by an enemy pawn on b6/g6 (b3/g3).
+    int rel = Us == White ? s : s ^ 56;
+    if ((rel == A7 && (enemyPawns & bit(Us == White ? B6 : B3))) ||
+        (rel == H7 && (enemyPawns & bit(Us == White ? G6 : G3))))
+      activity += TrappedBishop;
+  }
+  for (Bitboard b = pos.pieces[T::OwnRook]; b;) {
+    int s = popLowest(b);
+    Bitboard att = rookAttacks(s, pos);
+    addAttacks<Us>(ai, Rook, att);
+    kingAttack(Rook, att);
+    int mob = popCount(att & ai.mobilityArea[Us]);
+    mobility += RookMobility[mob];
+    int f = fileOf(s);
+    if (pe.semiOpenFiles[Us] & (1 << f))
+      activity += (pe.semiOpenFiles[Them] & (1 << f)) ? RookOpenFile : RookHalfOpenFile;
+    else if (mob <= 3) {
+      // Shut in by its own king that has lost the right to castle on that side.
+      int ksq = pos.kingSquare(Us), kf = fileOf(ksq);
+      bool canCastle = pos.st().castle & (T::KingSideRight | T::QueenSideRight);
+      if (T::RelativeRank(ksq) == 0 && !canCastle && ((kf < 4) == (f < kf))) activity += TrappedRook;
+    }
+    if (T::RelativeRank(s) == 6 &&
+        (T::RelativeRank(enemyKing) == 7 || (enemyPawns & (Us == White ? Rank7Mask : Rank2Mask))))
+      activity += RookOnSeventh;
+  }
+  for (Bitboard b = pos.pieces[T::OwnQueen]; b;) {
+    int s = popLowest(b);
+    Bitboard att = queenAttacks(s, pos);
+    addAttacks<Us>(ai, Queen, att);
+    kingAttack(Queen, att);
+    mobility += QueenMobility[popCount(att & ai.mobilityArea[Us])];
+    if (T::RelativeRank(s) == 6 &&
+        (T::RelativeRank(enemyKing) == 7 || (enemyPawns & (Us == White ? Rank7Mask : Rank2Mask))))
+      activity += QueenOnSeventh;
+  }
+  terms.mobility[Us] = mobility;
+  terms.pieces[Us] = activity;
+}
+
+// Danger to the king of Us from the attacks of Them, and the king's pawn shelter.
+template <Color Us>
+Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& ai) {
+  using T = ColorTraits<Us>;
+  constexpr Color Them = T::Them;
+  int shelter = pe.shelter[Us];
+  Packed score = pack(shelter, 0);
+  bool enemyQueen = pos.pieces[T::EnemyQueen] != 0;
+  if (ai.kingAttackers[Them] < (enemyQueen ? 1 : 2)) return score;
+
+  int ksq = pos.kingSquare(Us);
+  Bitboard weak = ai.all[Them] & ~ai.twice[Us] & (~ai.all[Us] | ai.byKind[Us][King] | ai.byKind[Us][Queen]);
+  Bitboard safe = ~pos.pieces[T::EnemyAll] & (~ai.all[Us] | (weak & ai.twice[Them]));
+  Bitboard rookLines = rookAttacks(ksq, pos), bishopLines = bishopAttacks(ksq, pos);
+  Bitboard knightSquares = knightAttacks(ksq);
+
+  int danger = ai.kingAttackers[Them] * ai.kingAttackWeight[Them] + ZoneAttackWeight * ai.kingZoneAttacks[Them] +
+               WeakZoneWeight * popCount(ai.kingZone[Us] & weak) + DangerBase;
+  Bitboard queenChecks = (rookLines | bishopLines) & ai.byKind[Them][Queen];
+  Bitboard rookChecks = rookLines & ai.byKind[Them][Rook];
+  Bitboard bishopChecks = bishopLines & ai.byKind[Them][BishopLight];
+  Bitboard knightChecks = knightSquares & ai.byKind[Them][Knight];
+  if (queenChecks & safe & ~ai.byKind[Us][Queen]) danger += SafeCheckWeight[Queen];
+  if (rookChecks & safe) danger += SafeCheckWeight[Rook];
+  if (bishopChecks & safe) danger += SafeCheckWeight[BishopLight];
+  if (knightChecks & safe) danger += SafeCheckWeight[Knight];
+  danger += UnsafeCheckWeight * popCount((rookChecks | bishopChecks | knightChecks) & ~safe);
+  if (!enemyQueen) danger -= NoQueenRelief;
+  if (ai.byKind[Us][Knight] & ai.kingZone[Us]) danger -= KnightDefenderRelief;
+  danger -= shelter * ShelterRelief / 8;
+  if (danger > DangerThreshold) score -= pack(danger * danger / 4096, danger / DangerEndgameDivisor);
+  return score;
+}
+
+// Attacks of Us on the pieces and pawns of Them.
+template <Color Us>
+Packed evaluateThreats(const Position& pos, const AttackInfo& ai) {
+  using T = ColorTraits<Us>;
+  constexpr Color Them = T::Them;
+  Bitboard enemyPawns = pos.pieces[T::EnemyPawn];
+  Bitboard enemyPieces = pos.pieces[T::EnemyAll] & ~enemyPawns & ~pos.pieces[T::EnemyKing];
+  Bitboard enemyMinors = pos.pieces[T::EnemyKnight] | pos.pieces[T::EnemyBishopLight] | pos.pieces[T::EnemyBishopDark];
+  Bitboard enemyMajors = pos.pieces[T::EnemyRook] | pos.pieces[T::EnemyQueen];
+  Bitboard defended = ai.all[Them];
+  Packed score = 0;
+
+  Bitboard ownPawns = pos.pieces[T::OwnPawn];
+  Bitboard safePawns = ownPawns & (~ai.all[Them] | ai.all[Us]);
+  score += ThreatByPawn * popCount(pawnAttacks<Us>(safePawns) & enemyPieces);
+
+  Bitboard minorAttacks = ai.byKind[Us][Knight] | ai.byKind[Us][BishopLight];
+  score += ThreatMinorOnMajor * popCount(minorAttacks & enemyMajors);
+  score += ThreatMinorOnMinor * popCount(minorAttacks & enemyMinors & ~defended);
+  score += ThreatRookOnQueen * popCount(ai.byKind[Us][Rook] & pos.pieces[T::EnemyQueen]);
+  score += ThreatHangingPiece * popCount(enemyPieces & ai.all[Us] & ~defended);
+  score += ThreatHangingPawn * popCount(enemyPawns & ai.all[Us] & ~defended);
+  if (ai.byKind[Us][King] & (enemyPieces | enemyPawns) & ~defended) score += ThreatByKing;
+
+  // Pawn pushes to safe squares that would attack a piece.
+  Bitboard empty = ~pos.occupied;
+  Bitboard pushes = (Us == White ? shift<8>(ownPawns) : shift<-8>(ownPawns)) & empty;
+  Bitboard thirdRank = Us == White ? Rank3Mask : Rank6Mask;
+  pushes |= (Us == White ? shift<8>(pushes & thirdRank) : shift<-8>(pushes & thirdRank)) & empty;
+  pushes &= ~ai.byKind[Them][Pawn] & (ai.all[Us] | ~ai.all[Them]);
+  score += PawnPushThreat * popCount(pawnAttacks<Us>(pushes) & enemyPieces);
+  return score;
+}
+
+// Passed pawns of Us with the pieces around them: king distances, free path, blockade.
+template <Color Us>
+Packed evaluatePassed(const Position& pos, const PawnEntry& pe, const AttackInfo& ai) {
+  using T = ColorTraits<Us>;
+  constexpr Color Them = T::Them;
+  Packed score = 0;
+  Bitboard ownPawns = pos.pieces[T::OwnPawn];
+  int ownKing = pos.kingSquare(Us), enemyKing = pos.kingSquare(Them);
+  for (int files = pe.passedFiles[Us]; files; files &= files - 1) {
+    Bitboard onFile = ownPawns & fileMask(std::countr_zero(unsigned(files)));
+    if (!onFile) continue;
+    int s = Us == White ? bitScanReverse(onFile) : bitScanForward(onFile);
+    int r = T::RelativeRank(s);
+    int w = PassedRankWeight[r];
+    if (!w) continue;
+    int block = s + T::Up;
+    int enemyDist = distance(block, enemyKing), ownDist = distance(block, ownKing);
+    enemyDist = enemyDist < 5 ? enemyDist : 5;
+    ownDist = ownDist < 5 ? ownDist : 5;
+    score += pack(0, (enemyDist * PassedEnemyKingDistance - ownDist * PassedOwnKingDistance) * w);
+    if (pos.occupied & bit(block)) {
+      score += PassedBlocked * w;
+    } else {
+      Bitboard path = Spans.forwardFile[Us][s];
+      if (!(path & (pos.occupied | ai.all[Them]))) score += PassedFreePath * w;
+      else if (!(bit(block) & ai.all[Them])) score += PassedSafeStep * w;
+    }
+  }
+  return score;
+}
+
+}  // namespace
+
+Packed evaluatePieces(Position& pos, const PawnEntry& pe, EvalTerms& terms) {
+  AttackInfo ai{};
+  initAttacks<White>(pos, ai);
+  initAttacks<Black>(pos, ai);
+  evaluatePieceKinds<White>(pos, pe, ai, terms);
+  evaluatePieceKinds<Black>(pos, pe, ai, terms);
+  terms.kingSafety[White] = evaluateKing<White>(pos, pe, ai);
+  terms.kingSafety[Black] = evaluateKing<Black>(pos, pe, ai);
+  terms.threats[White] = evaluateThreats<White>(pos, ai);
+  terms.threats[Black] = evaluateThreats<Black>(pos, ai);
+  terms.passed[White] = evaluatePassed<White>(pos, pe, ai);
+  terms.passed[Black] = evaluatePassed<Black>(pos, pe, ai);
+  finishAttackSummary(pos, ai.all[White], ai.all[Black]);
+  Packed sum = 0;
+  for (Color c : {White, Black}) {
+    Packed side = terms.mobility[c] + terms.pieces[c] + terms.kingSafety[c] + terms.threats[c] + terms.passed[c];
+    sum += c == White ? side : -side;
+  }
+  return sum;
+}
+
+}  // namespace tavrin

@@ -1,0 +1,139 @@
+// Endgame knowledge: exact pawn-ending draws and wins, minor-piece draws, mating a bare king,
+// scaled-down material, and the material table's flags.
+#include <cstdlib>
+
+#include "eval/kpk.h"
+#include "eval/material.h"
+#include "eval_test_support.h"
+
+namespace tavrin::test {
+namespace {
+
+enum Expect { Draw, WhiteWins, BlackWins };
+
+struct EndgameCase {
+  const char* fen;
+  Expect expect;
+  bool exact;   // the evaluation-is-final flag must be set
+  const char* what;
+};
+
+const EndgameCase EndgameCases[] = {
+    {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", Draw, true, "bare kings"},
+    {"4k3/8/4K3/4P3/8/8/8/8 w - - 0 1", WhiteWins, false, "king in front on the sixth, White to move"},
+    {"4k3/8/4K3/4P3/8/8/8/8 b - - 0 1", WhiteWins, false, "king in front on the sixth, Black to move"},
+    {"4k3/4P3/4K3/8/8/8/8/8 b - - 0 1", Draw, true, "stalemate in front of the pawn"},
+    {"7k/8/8/7P/8/8/8/6K1 w - - 0 1", Draw, true, "rook pawn with the king in the corner"},
+    {"8/8/8/8/P7/8/8/k6K b - - 0 1", WhiteWins, false, "the king is outside the square"},
+    {"8/8/8/8/8/8/p7/K5k1 w - - 0 1", Draw, true, "Black rook pawn, White king in the corner"},
+    {"7k/8/8/8/7P/3B4/8/6K1 w - - 0 1", Draw, false, "bishop of the wrong colour with a rook pawn"},
+    {"k7/8/8/8/P7/8/8/1N4K1 w - - 0 1", Draw, false, "knight and rook pawn, king in the corner"},
+    {"4k3/8/8/8/8/8/8/3NK3 w - - 0 1", Draw, false, "a lone knight cannot win"},
+    {"4k3/8/8/8/8/8/8/2B1K3 b - - 0 1", Draw, false, "a lone bishop cannot win"},
+    {"7k/8/8/8/7P/4B3/8/6K1 w - - 0 1", WhiteWins, false, "bishop of the right colour"},
+    {"8/8/4k3/8/8/8/8/R3K3 w - - 0 1", WhiteWins, false, "rook against a bare king"},
+    {"4k3/8/8/8/8/8/q7/4K3 b - - 0 1", BlackWins, false, "queen against a bare king"},
+};
+
+TEST(EvalEndgames, SanityTable) {
+  EvalFixture f;
+  for (const EndgameCase& c : EndgameCases) {
+    Position& pos = f.set(c.fen);
+    int v = whiteEval(pos);
+    switch (c.expect) {
+      case Draw: EXPECT_EQ(v, 0) << c.what << ": " << c.fen; break;
+      case WhiteWins: EXPECT_GT(v, 300) << c.what << ": " << c.fen; break;
+      case BlackWins: EXPECT_LT(v, -300) << c.what << ": " << c.fen; break;
+    }
+    if (c.exact) {
+      EXPECT_EQ(pos.st().evalFinal, 1) << c.what;
+    }
+    if (c.expect != Draw) {
+      EXPECT_EQ(pos.st().evalFinal, 0) << c.what;
+    }
+  }
+}
+
+TEST(EvalEndgames, KpkBitbaseKnownResults) {
+  ensureEvalTables();
+  // Strong king, pawn, weak king, pawn is White's, strong side to move.
+  EXPECT_TRUE(kpkWins(E6, E5, E8, true, true));
+  EXPECT_TRUE(kpkWins(E6, E5, E8, true, false));
+  EXPECT_FALSE(kpkWins(E6, E7, E8, true, false));   // stalemate
+  EXPECT_TRUE(kpkWins(D6, E6, E8, true, true));      // e7, then Kd7 and the pawn queens
+  EXPECT_FALSE(kpkWins(G6, H6, H8, true, true));     // rook pawn, defender in the corner
+  // Black's pawn: the mirror of the first case.
+  EXPECT_TRUE(kpkWins(E3, E4, E1, false, true));
+  EXPECT_FALSE(kpkWins(E3, E2, E1, false, false));
+}
+
+TEST(EvalEndgames, BishopAndKnightDriveToTheBishopsCorner) {
+  EvalFixture f;
+  // Dark-squared bishop on c1: a1 and h8 are its corners.
+  int right = whiteEval(f.set("7k/8/5K2/8/4N3/8/8/2B5 w - - 0 1"));
+  int wrong = whiteEval(f.set("k7/8/2K5/8/4N3/8/8/2B5 w - - 0 1"));
+  EXPECT_GT(right, wrong + 60);
+  int centre = whiteEval(f.set("8/8/8/4k3/8/2K1N3/8/2B5 w - - 0 1"));
+  EXPECT_GT(wrong, centre) << "any edge is better than the centre";
+  EXPECT_GT(centre, 500);
+}
+
+TEST(EvalEndgames, OppositeColouredBishopsScaleTowardsADraw) {
+  EvalFixture f;
+  // White has an extra pawn; Black's bishop on f7 (light) or e7 (dark), White's on f2 (dark).
+  int opposite = whiteEval(f.set("4k3/pp3b2/8/8/8/8/PPP2B2/4K3 w - - 0 1"));
+  int same = whiteEval(f.set("4k3/pp2b3/8/8/8/8/PPP2B2/4K3 w - - 0 1"));
+  EXPECT_GT(same, 0);
+  EXPECT_GT(opposite, 0);
+  EXPECT_LT(opposite * 5, same * 3);
+}
+
+struct MaterialCase {
+  const char* fen;
+  int scaleAtMost;
+  std::uint8_t flags;
+};
+
+TEST(EvalEndgames, MaterialTableEntries) {
+  EvalFixture f;
+  const MaterialCase cases[] = {
+      {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 128, FlagWhitePieces | FlagBlackPieces},
+      {"4k3/8/8/8/8/8/8/3NK3 w - - 0 1", 0, FlagWhitePieces | FlagWhiteMinorOnly},
+      {"4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 128, FlagWhitePieces | FlagSpecialEnding},
+      {"4k3/8/8/3n4/8/8/8/R3K3 w - - 0 1", 24, FlagWhitePieces | FlagBlackPieces | FlagBlackMinorOnly},
+      {"4kb2/8/8/8/8/8/8/3NKB2 w - - 0 1", 16, FlagWhitePieces | FlagBlackPieces | FlagBlackMinorOnly},
+      {"4k3/8/8/8/8/8/8/2BNK3 w - - 0 1", 128, FlagWhitePieces | FlagSpecialEnding},
+      {"4k3/8/8/8/8/8/8/1NN1K3 w - - 0 1", 0, FlagWhitePieces},
+  };
+  for (const MaterialCase& c : cases) {
+    Position& pos = f.set(c.fen);
+    const MaterialEntry& e = MaterialTable[materialIndex(pos.st().materialKey)];
+    EXPECT_LE(e.scale, c.scaleAtMost) << c.fen;
+    EXPECT_EQ(e.flags, c.flags) << c.fen;
+  }
+  // Every index decodes to counts inside the table's range and back.
+  for (int index : {0, 1, 419903, 5184 * 8 + 46656 * 8, 12345}) {
+    MaterialCounts m = decodeMaterialIndex(index);
+    int back = m.queens[White] + 2 * m.queens[Black] + 4 * m.rooks[White] + 12 * m.rooks[Black] +
+               36 * m.lightBishops[White] + 72 * m.darkBishops[White] + 144 * m.lightBishops[Black] +
+               288 * m.darkBishops[Black] + 576 * m.knights[White] + 1728 * m.knights[Black] +
+               5184 * m.pawns[White] + 46656 * m.pawns[Black];
+    EXPECT_EQ(back, index);
+  }
+}
+
+TEST(EvalEndgames, MaterialFollowsThePieceValues) {
+  EvalFixture f;
+  Position& pos = f.set("4k3/8/8/8/8/8/8/3QK3 w - - 0 1");
+  int before = MaterialTable[materialIndex(pos.st().materialKey)].value;
+  EngineGlobals saved = Engine;
+  Engine.queenValue = 1000;
+  refreshMaterialTable();
+  EXPECT_EQ(MaterialTable[materialIndex(pos.st().materialKey)].value, before + 25);
+  Engine = saved;
+  refreshMaterialTable();
+  EXPECT_EQ(MaterialTable[materialIndex(pos.st().materialKey)].value, before);
+}
+
+}  // namespace
+}  // namespace tavrin::test
