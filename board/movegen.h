@@ -25,12 +25,19 @@ extern std::uint16_t HistoryTable[16 * 64];
 template <Color Us> MoveWord* generateCaptures(const Position& pos, MoveWord* list, Bitboard targets);
 template <Color Us> MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask);
 template <Color Us> MoveWord* generateQuiet(const Position& pos, MoveWord* list, int threshold);
-// Castling, quiet moves keyed by history, under-promotions; with a margin, quiet moves whose
-// gain cannot reach it are left out (shallow nodes).
+// Castling, then the quiet moves of pawns, queens, rooks, bishops, king and knights, then the
+// under-promotions (knight only where it does not check), each word HistoryTable[piece * 64 + to]
+// * 65536 + move. With margin INT_MIN every move is written; with any other margin a quiet
+// move whose GainTable value is below it is left out unless it gives check (direct or by
+// discovery). Castling and under-promotions are never filtered. Reads attackedBy* of the entry.
+// Together with generateCaptures(all enemy pieces but the king) it writes every pseudo-legal
+// move exactly once (king steps onto attacked squares excepted).
 template <Color Us> MoveWord* generateRemaining(const Position& pos, MoveWord* list, int margin);
-// Quiet moves (no capture, no promotion) that give check.
+// Quiet moves (no capture, no promotion, no castling) that give check, directly or by
+// discovery, keyed by history like generateRemaining. Pseudo-legal: pins are not looked at.
 template <Color Us> MoveWord* generateQuietChecks(const Position& pos, MoveWord* list);
-// Every legal move (root list, position command, perft). Needs no attack summary.
+// Every legal move (root list, position command, perft), keyed by CaptureKey[piece][victim]
+// (queen promotions + 0x28000000) so that the list sorts captures first. Needs no attack summary.
 template <Color Us> MoveWord* generateLegal(const Position& pos, MoveWord* list);
 
 MoveWord* generateCapturesWhite(const Position& pos, MoveWord* list, Bitboard targets);
