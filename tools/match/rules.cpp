@@ -21,26 +21,28 @@ std::mutex SetupMutex;   // setting up a position evaluates it, which touches sh
 
 // Position records own a state stack allocated once; they are recycled, never freed, so that
 // each worker thread reuses its own and nothing leaks between games.
+// The pool itself is never destroyed, so the records stay reachable until the process ends.
 std::mutex PoolMutex;
-std::vector<Position*> FreePositions;
-std::vector<Position*> AllPositions;
+std::vector<Position*>& freePositions() {
+  static std::vector<Position*>* pool = new std::vector<Position*>();
+  return *pool;
+}
 
 Position* acquirePosition() {
   std::lock_guard<std::mutex> lock(PoolMutex);
-  if (!FreePositions.empty()) {
-    Position* p = FreePositions.back();
-    FreePositions.pop_back();
+  if (!freePositions().empty()) {
+    Position* p = freePositions().back();
+    freePositions().pop_back();
     return p;
   }
   Position* p = new Position();
   initPosition(*p);
-  AllPositions.push_back(p);
   return p;
 }
 
 void releasePosition(Position* p) {
   std::lock_guard<std::mutex> lock(PoolMutex);
-  FreePositions.push_back(p);
+  freePositions().push_back(p);
 }
 
 int pieceFromLetter(char c) {
