@@ -62,7 +62,7 @@ void makeMove(Position& pos, Move m) {
   const Bitboard fromBit = bit(from), toBit = bit(to);
 
   st->rule50++;
-  st->move = m;
+  st->move = Move(m & 0x7FFF);  // list words may carry a key bit in bit 15
 
   const int castle = st->castle;
   const int kept = castle & CastleMask[from] & CastleMask[to];

@@ -13,6 +13,11 @@ namespace tavrin {
 
 std::uint32_t CaptureKey[16][16];
 
+namespace {
+// CaptureKey without the non-capture bit 15, for the legal list whose low half is the move.
+std::uint32_t LegalKey[16][16];
+}  // namespace
+
 void initCaptureKeys() {
   // Rows by attacker kind, columns by victim kind (0 empty, 1 pawn, 2 knight, 3 king never
   // captured, 4 and 5 bishops, 6 rook, 7 queen). The top byte orders most valuable victim
@@ -36,6 +41,8 @@ void initCaptureKeys() {
       CaptureKey[attacker + 8][victim] = ByKind[attacker][victim];
     }
   }
+  for (int a = 0; a < 16; ++a)
+    for (int v = 0; v < 16; ++v) LegalKey[a][v] = CaptureKey[a][v] & ~std::uint32_t(0x8000);
 }
 
 namespace {
@@ -45,8 +52,9 @@ constexpr MoveWord word(int from, int to, int kind = NormalMove) {
 }
 
 // Writes the moves of one piece onto targets, keyed by attacker and victim.
-inline MoveWord* addPieceMoves(const Position& pos, MoveWord* list, int piece, int from, Bitboard targets) {
-  const std::uint32_t* keys = CaptureKey[piece];
+inline MoveWord* addPieceMoves(const Position& pos, MoveWord* list, int piece, int from, Bitboard targets,
+                               const std::uint32_t (&table)[16][16] = CaptureKey) {
+  const std::uint32_t* keys = table[piece];
   const MoveWord base = MoveWord(from << 6);
   while (targets) {
     const int to = popLowest(targets);
@@ -543,7 +551,7 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
     kingTargets &= Attacks.kingEscape[k][popLowest(sliders)];
   for (Bitboard b = kingTargets; b;) {
     const int to = popLowest(b);
-    if (!isAttackedBy<Them>(pos, to)) *list++ = CaptureKey[T::OwnKing][pos.board[to]] | word(k, to);
+    if (!isAttackedBy<Them>(pos, to)) *list++ = LegalKey[T::OwnKing][pos.board[to]] | word(k, to);
   }
   if (moreThanOne(checkers)) {
     *list = 0;
@@ -555,7 +563,7 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
   auto allowed = [&](int from) { return (pinned & bit(from)) ? Attacks.line[k][from] : ~Bitboard(0); };
 
   // Pawns.
-  const std::uint32_t* pawnKeys = CaptureKey[T::OwnPawn];
+  const std::uint32_t* pawnKeys = LegalKey[T::OwnPawn];
   const Bitboard pawns = p[T::OwnPawn] & ~G::Rank7Rel, promoting = p[T::OwnPawn] & G::Rank7Rel;
   const Bitboard single = shift<G::Up>(pawns) & empty;
   for (Bitboard b = single & targets; b;) {
@@ -610,20 +618,20 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
   // Pieces.
   for (Bitboard b = p[T::OwnKnight] & ~pinned; b;) {
     const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets & ~p[T::EnemyKing]);
+    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets & ~p[T::EnemyKing], LegalKey);
   }
   for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
     const int from = popLowest(b);
     list = addPieceMoves(pos, list, pos.board[from], from,
-                         bishopAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing]);
+                         bishopAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing], LegalKey);
   }
   for (Bitboard b = p[T::OwnRook]; b;) {
     const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing]);
+    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing], LegalKey);
   }
   for (Bitboard b = p[T::OwnQueen]; b;) {
     const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing]);
+    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing], LegalKey);
   }
 
   // Castling: not out of check, not through or onto an attacked square.
@@ -634,10 +642,10 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
     const int castle = pos.state->castle;
     if ((castle & T::KingSideRight) && !(pos.occupied & (bit(F) | bit(Gs))) && pos.board[H] == T::OwnRook &&
         !isAttackedBy<Them>(pos, F) && !isAttackedBy<Them>(pos, Gs))
-      *list++ = CaptureKey[T::OwnKing][0] | word(k, Gs, CastlingMove);
+      *list++ = LegalKey[T::OwnKing][0] | word(k, Gs, CastlingMove);
     if ((castle & T::QueenSideRight) && !(pos.occupied & (bit(B) | bit(C) | bit(D))) &&
         pos.board[A] == T::OwnRook && !isAttackedBy<Them>(pos, D) && !isAttackedBy<Them>(pos, C))
-      *list++ = CaptureKey[T::OwnKing][0] | word(k, C, CastlingMove);
+      *list++ = LegalKey[T::OwnKing][0] | word(k, C, CastlingMove);
   }
   *list = 0;
   return list;

@@ -37,7 +37,8 @@ template <Color Us> MoveWord* generateRemaining(const Position& pos, MoveWord* l
 // discovery, keyed by history like generateRemaining. Pseudo-legal: pins are not looked at.
 template <Color Us> MoveWord* generateQuietChecks(const Position& pos, MoveWord* list);
 // Every legal move (root list, position command, perft), keyed by CaptureKey[piece][victim]
-// (queen promotions + 0x28000000) so that the list sorts captures first. Needs no attack summary.
+// (queen promotions + 0x28000000) so that the list sorts captures first, with bit 15 cleared:
+// the low 16 bits of each word are exactly the move. Needs no attack summary.
 template <Color Us> MoveWord* generateLegal(const Position& pos, MoveWord* list);
 
 MoveWord* generateCapturesWhite(const Position& pos, MoveWord* list, Bitboard targets);

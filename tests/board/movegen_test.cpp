@@ -174,6 +174,19 @@ TEST(MoveGeneration, QuietChecksAreExactlyTheCheckingQuietMoves) {
   });
 }
 
+TEST(LegalGenerator, WordsSortCapturesFirstAndCarryTheBareMove) {
+  BoardFixture f;
+  Position& pos = f.set("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1");
+  MoveWord list[MaxMoves];
+  MoveWord* end = generateLegalMoves(pos, list);
+  ASSERT_EQ(end - list, 48);
+  for (MoveWord* w = list; w != end; ++w) {
+    EXPECT_EQ(*w & 0x8000u, 0u);
+    const bool capture = pos.board[moveTo(moveOf(*w))] != 0;
+    EXPECT_EQ(*w >= 0xA0000000u, capture) << moveOf(*w);
+  }
+}
+
 TEST(QuietGenerator, StartPositionOrderAndSort) {
   BoardFixture f;
   Position& pos = f.set("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
