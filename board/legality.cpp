@@ -12,7 +12,6 @@ namespace tavrin {
 template <Color Us>
 bool isPseudoLegal(const Position& pos, Move m) {
   using T = ColorTraits<Us>;
-  constexpr Color Them = ~Us;
   const int from = moveFrom(m), to = moveTo(m), kind = moveKind(m);
   const int piece = pos.board[from];
   const int target = pos.board[to];
@@ -28,7 +27,7 @@ bool isPseudoLegal(const Position& pos, Move m) {
     // rank, and no other kind but en passant on a pawn: the make would misread it.
     constexpr int Up = T::Up;
     if ((rankOf(to) == T::Rank8) != (kind >= PromoteKnight)) return false;
-    if (kind == CastlingMove || kind == 2) return false;
+    if (kind == CastlingMove || kind == 2) return false;  // kind 2 is never a move
     if (kind == EnPassantMove)
       return to == st.epSquare && st.epSquare != 0 && (from == to - Up - 1 || from == to - Up + 1) &&
              rankOf(from) == rankOf(to - Up);
@@ -56,7 +55,6 @@ bool isPseudoLegal(const Position& pos, Move m) {
       return (st.castle & T::QueenSideRight) && !(pos.occupied & (bit(B) | bit(C) | bit(D))) &&
              !(attackedByThem & (bit(C) | bit(D))) && pos.board[A] == T::OwnRook;
   }
-  (void)Them;
   if (piece == T::OwnRook) return kind != CastlingMove && (rookAttacks(from, pos) & bit(to)) != 0;
   if (piece == T::OwnQueen) return kind != CastlingMove && (queenAttacks(from, pos) & bit(to)) != 0;
   if (piece == T::OwnKing)

@@ -36,8 +36,7 @@ inline bool isAttackedBy(const Position& pos, int sq) {
          (rookAttacks(sq, pos) & (p[T::OwnRook] | p[T::OwnQueen]));
 }
 
-// Pieces of colour Us (either colour's pieces between the king and an enemy slider when
-// Blockers is the whole board) that stand alone between Us's king and an enemy slider.
+// Pieces of colour Us that stand alone between Us's king and an enemy slider aimed at it.
 template <Color Us> Bitboard pinnedPieces(const Position& pos);
 // Pieces of colour Us whose move off the line would uncover a check of Us's slider on the
 // enemy king (discovered-check candidates).
