@@ -37,6 +37,7 @@ void initializeEngine() {
   initCaptureKeys();
   initBoardTables();
   initPieceSquareTables();
+  initEvaluation();
 
   seedEvaluationNoise(RootPosition);
   for (Position& record : SearchRecords) seedEvaluationNoise(record);

@@ -7,6 +7,7 @@
 
 #include "app/console.h"
 #include "eval/evaluate.h"
+#include "eval/material.h"
 #include "search/search.h"
 #include "search/tt.h"
 #include "uci/globals.h"
@@ -35,6 +36,8 @@ void goCommand(Position& pos, const char* line) {
   } else {
     setFullStrengthWeights();
   }
+  // The material table follows the piece values before the search reads it.
+  refreshMaterialTable();
   if (Engine.positionReady) startSearch(pos);
 }
 
@@ -57,10 +60,10 @@ void stopSearch() {
 
 void startNewGame(Position& pos) {
   Engine.positionReady = 1;
+  pos.historyCount = 0;
   setStartPosition(pos);
   Engine.lastSearchDepth = 1000;
   Engine.firstSearch = 1;
-  pos.historyCount = 0;
   clearTables();
   clearEvaluationTables();
   clearHistory();

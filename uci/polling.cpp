@@ -1,8 +1,51 @@
-// Placeholder periodic check until input polling lands.
+// The periodic check run from inside the search: the depth, time and node limits, the progress
+// line once a second, and one waiting command line.
 #include "uci/polling.h"
+
+#include "app/console.h"
+#include "app/platform.h"
+#include "uci/dispatcher.h"
+#include "uci/globals.h"
 
 namespace tavrin {
 
-void periodicCheck(Position&, int) {}
+namespace {
+
+// The node count shown to the user and compared with a node limit carries this factor.
+constexpr double NodeScale = 1.212345;
+constexpr std::int64_t ProgressInterval = 1000000;
+
+void printProgress(std::int64_t elapsed, std::int64_t nodes) {
+  const long long ms = elapsed / 1000;
+  const long long rate = ms == 0 ? 0 : nodes / ms * 1000;
+  printOut("info time %lld nodes %lld nps %lld \n", ms, static_cast<long long>(nodes), rate);
+  Limits.lastProgressTime = elapsed;
+  Limits.startCpuTime = processCpuMicros();
+}
+
+// The root search's two reasons to hold back the three-quarter stop (none yet: both clear).
+bool threeQuarterStopHeldBack() { return false; }
+
+}  // namespace
+
+void periodicCheck(Position& pos, int depth) {
+  const std::int64_t nodes = std::int64_t(double(pos.nodes) * NodeScale);
+  if (!Engine.searchRunning) return;
+  const std::int64_t elapsed = wallClockMicros() - Limits.startTime;
+
+  if (depth == Limits.depthLimit && Limits.depthLimit != 0) stopSearch();
+  if (Engine.progressLines && elapsed - Limits.lastProgressTime > ProgressInterval) printProgress(elapsed, nodes);
+
+  if (!Engine.infiniteMode && !Engine.ponderMode) {
+    if (elapsed > Limits.hardLimit) stopSearch();
+    if (nodes > Limits.nodeLimit && Limits.nodeLimitFlag > 0) stopSearch();
+    if (depth != 0 || Engine.ponderHitTimeReset) {
+      Engine.ponderHitTimeReset = 0;
+      if (!threeQuarterStopHeldBack() && elapsed >= Limits.threeQuarterTargetPoll) stopSearch();
+    }
+  }
+
+  if (commandLineWaiting()) readCommandLine(pos);
+}
 
 }  // namespace tavrin

@@ -161,6 +161,7 @@ const char* readFen(Position& pos, const char* fen) {
   if (cleared > StateStackEntries) cleared = StateStackEntries;
   std::memset(static_cast<void*>(pos.stateStack), 0, std::size_t(cleared) * sizeof(StateEntry));
   pos.state = pos.stateStack;
+  pos.historyCount = 0;   // the key history follows the stack
 
   nextField();
   if (std::strcmp(word, "w") == 0) pos.sideToMove = White;

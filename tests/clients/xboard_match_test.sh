@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# Plays two short games in xboard (no GUI, under a virtual X server) against fairymax, the engine
+# wrapped by polyglot. Fails on an illegal move, a crash, a loss on time or a protocol error.
+set -u
+ENGINE=${1:?usage: xboard_match_test.sh ENGINE}
+export PATH=/usr/games:$PATH
+for tool in xboard polyglot fairymax xvfb-run; do
+  command -v $tool >/dev/null || { echo "SKIP: $tool is not installed"; exit 77; }
+done
+. "$(dirname "$0")/engine_plays.sh"
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+timeout 400 xvfb-run -a xboard -noGUI -xexit -saveSettingsOnExit false -mg 2 -tc 0:10 -inc 0.1 \
+  -fcp "$ENGINE" -fd "$work" -fUCI \
+  -scp fairymax -sd "$work" \
+  -sgf "$work/games.pgn" -debug -nameOfDebugFile "$work/debug.log" \
+  -autoCallFlag true -testClaims true -pgnExtendedInfo true >"$work/xboard.out" 2>&1
+status=$?
+
+fail=0
+if [ $status -eq 124 ]; then
+  echo "FAIL: xboard did not finish the match in time"
+  fail=1
+fi
+games=$(grep -c '^\[Result ' games.pgn 2>/dev/null)
+games=${games:-0}
+if [ "$games" -lt 2 ]; then
+  echo "FAIL: $games games finished (xboard status $status)"
+  fail=1
+fi
+if grep -q '^\[Result "\*"\]' games.pgn 2>/dev/null; then
+  echo "FAIL: an unfinished game"
+  fail=1
+fi
+# Game-ending comments that blame an engine.
+if grep -qiE 'illegal|on time|time forfeit|forfeits|crash|disconnect|exited|terminated|lost contact|false claim' games.pgn 2>/dev/null; then
+  echo "FAIL: a game ended badly"
+  fail=1
+fi
+if grep -qiE 'Illegal move|protocol error|Error: ' debug.log 2>/dev/null; then
+  echo "FAIL: error in the debug log"
+  grep -iE 'Illegal move|protocol error|Error: ' debug.log | head -n 10
+  fail=1
+fi
+if [ $fail -ne 0 ]; then
+  echo "--- games"; cat games.pgn 2>/dev/null
+  echo "--- xboard output"; tail -n 40 xboard.out
+  echo "--- debug log (end)"; tail -n 80 debug.log 2>/dev/null
+  exit 1
+fi
+echo "PASS: $games games"
+grep -E '^\[(White|Black|Result|Termination)|^\{' games.pgn | head -n 20

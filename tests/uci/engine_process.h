@@ -1,0 +1,148 @@
+// Runs the built engine as a child process with pipes on its standard input and output, for
+// byte-exact protocol exchanges with generous time-outs.
+#pragma once
+
+#include <csignal>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace tavrin::test {
+
+class EngineProcess {
+ public:
+  explicit EngineProcess(const char* path = TAVRIN_ENGINE_PATH) {
+    std::signal(SIGPIPE, SIG_IGN);  // writing to an engine that has quit must not kill the test
+    int toChild[2], fromChild[2];
+    if (pipe(toChild) != 0 || pipe(fromChild) != 0) return;
+    pid_ = fork();
+    if (pid_ == 0) {
+      dup2(toChild[0], 0);
+      dup2(fromChild[1], 1);
+      close(toChild[0]), close(toChild[1]), close(fromChild[0]), close(fromChild[1]);
+      execl(path, path, static_cast<char*>(nullptr));
+      _exit(127);
+    }
+    close(toChild[0]);
+    close(fromChild[1]);
+    in_ = toChild[1];
+    out_ = fromChild[0];
+  }
+  ~EngineProcess() {
+    closeInput();
+    if (pid_ > 0 && !exited_) {
+      kill(pid_, SIGKILL);
+      waitpid(pid_, nullptr, 0);
+    }
+    if (out_ >= 0) close(out_);
+  }
+  EngineProcess(const EngineProcess&) = delete;
+  EngineProcess& operator=(const EngineProcess&) = delete;
+
+  bool started() const { return pid_ > 0; }
+
+  // Writes raw bytes (no newline added).
+  void send(const std::string& text) {
+    std::size_t done = 0;
+    while (in_ >= 0 && done < text.size()) {
+      ssize_t n = write(in_, text.data() + done, text.size() - done);
+      if (n <= 0) break;
+      done += std::size_t(n);
+    }
+  }
+  void sendLine(const std::string& line) { send(line + "\n"); }
+  void closeInput() {
+    if (in_ >= 0) close(in_);
+    in_ = -1;
+  }
+
+  // The next output line without its newline, or nothing on time-out or end of output.
+  std::optional<std::string> readLine(int timeoutMs) {
+    const long long deadline = nowMs() + timeoutMs;
+    for (;;) {
+      std::size_t nl = pending_.find('\n');
+      if (nl != std::string::npos) {
+        std::string line = pending_.substr(0, nl);
+        pending_.erase(0, nl + 1);
+        return line;
+      }
+      long long left = deadline - nowMs();
+      if (left <= 0 || out_ < 0) return std::nullopt;
+      pollfd p{out_, POLLIN, 0};
+      if (poll(&p, 1, int(left)) <= 0) continue;
+      char buffer[4096];
+      ssize_t n = read(out_, buffer, sizeof buffer);
+      if (n <= 0) return std::nullopt;
+      pending_.append(buffer, std::size_t(n));
+    }
+  }
+
+  // Reads lines until one starts with prefix (returned), collecting everything read on the way.
+  std::optional<std::string> readUntil(const std::string& prefix, int timeoutMs,
+                                       std::vector<std::string>* seen = nullptr) {
+    const long long deadline = nowMs() + timeoutMs;
+    for (;;) {
+      long long left = deadline - nowMs();
+      if (left <= 0) return std::nullopt;
+      auto line = readLine(int(left));
+      if (!line) return std::nullopt;
+      if (seen) seen->push_back(*line);
+      if (line->compare(0, prefix.size(), prefix) == 0) return line;
+    }
+  }
+
+  // Exit status once the process has ended, or -1 when it does not end in time (then killed).
+  int waitExit(int timeoutMs) {
+    const long long deadline = nowMs() + timeoutMs;
+    int status = 0;
+    while (nowMs() < deadline) {
+      pid_t r = waitpid(pid_, &status, WNOHANG);
+      if (r == pid_) {
+        exited_ = true;
+        if (WIFEXITED(status)) return WEXITSTATUS(status);
+        return 128 + (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+      }
+      usleep(2000);
+    }
+    return -1;
+  }
+
+  static long long nowMs() {
+    timespec t;
+    clock_gettime(CLOCK_MONOTONIC, &t);
+    return (long long)t.tv_sec * 1000 + t.tv_nsec / 1000000;
+  }
+
+ private:
+  pid_t pid_ = -1;
+  int in_ = -1, out_ = -1;
+  bool exited_ = false;
+  std::string pending_;
+};
+
+// Whether the engine in this build really searches (the search may still be a placeholder that
+// prints nothing): a finished "go depth 1" answers before the "readyok" that follows it.
+inline bool engineSearches() {
+  static int known = -1;
+  if (known < 0) {
+    EngineProcess e;
+    e.sendLine("position startpos");
+    e.sendLine("go depth 1");
+    e.sendLine("isready");
+    std::vector<std::string> seen;
+    e.readUntil("readyok", 20000, &seen);
+    known = 0;
+    for (const std::string& line : seen)
+      if (line.compare(0, 9, "bestmove ") == 0 && line != "bestmove 0000") known = 1;
+  }
+  return known == 1;
+}
+
+}  // namespace tavrin::test

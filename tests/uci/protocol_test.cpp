@@ -1,0 +1,348 @@
+// Byte-exact protocol exchanges with the built engine through pipes.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/uci/engine_process.h"
+
+using tavrin::test::EngineProcess;
+using tavrin::test::engineSearches;
+
+namespace {
+
+constexpr int Reply = 10000;      // generous: a loaded machine or the sanitizer build
+constexpr int Prompt = 500;       // answers that must come while a search runs
+
+const std::vector<std::string> Banner = {
+    "Tavrin 1.4 by Tavrin developers ",
+    "",
+    "This version can play in reduced ELO mode. ",
+    "To play in reduced ELO mode, use the UCI_elo and UCI_LimitStrength commands. ",
+    "For example: ",
+    "",
+    "setoption name UCI_LimitStrength value true ",
+    "setoption name UCI_Elo value 1600 ",
+    "",
+    "to play with Tavrin limited at 1600 elo. ",
+};
+
+const std::vector<std::string> Identification = {
+    "id name Tavrin 1.4 ",
+    "id author Tavrin developers ",
+    "option name Hash type spin min 1 max 4096 default 128",
+    "option name UCI_LimitStrength type check default false",
+    "option name UCI_Elo type spin min 850 max 2500 default 2000 ",
+    "option name Ponder type check default false",
+    "uciok ",
+};
+
+// Everything up to and including the line that starts with prefix.
+std::vector<std::string> linesUntil(EngineProcess& e, const std::string& prefix, int timeoutMs = Reply) {
+  std::vector<std::string> seen;
+  EXPECT_TRUE(e.readUntil(prefix, timeoutMs, &seen)) << "no line starting with \"" << prefix << "\"";
+  return seen;
+}
+
+void expectAlive(EngineProcess& e) {
+  e.sendLine("isready");
+  EXPECT_TRUE(e.readUntil("readyok ", Reply)) << "engine stopped answering";
+}
+
+void expectCleanEnd(EngineProcess& e) {
+  e.closeInput();
+  EXPECT_EQ(e.waitExit(Reply), 0);
+}
+
+}  // namespace
+
+TEST(Protocol, BannerAndIdentificationByteExact) {
+  EngineProcess e;
+  ASSERT_TRUE(e.started());
+  e.sendLine("uci");
+  std::vector<std::string> expected = Banner;
+  expected.insert(expected.end(), Identification.begin(), Identification.end());
+  EXPECT_EQ(linesUntil(e, "uciok"), expected);
+  e.sendLine("isready");
+  EXPECT_EQ(e.readLine(Reply), "readyok ");
+  e.sendLine("quit");
+  EXPECT_EQ(e.waitExit(Reply), 0);
+}
+
+TEST(Protocol, ExactCommandsIgnoreTrailingCharacters) {
+  EngineProcess e;
+  linesUntil(e, "to play with");
+  for (const char* line : {"uci ", "isready ", "uci\r", "isready\r", "UCI", "quit ", "quit\r", "", " ", "xyzzy"})
+    e.sendLine(line);
+  e.sendLine("isready");
+  EXPECT_EQ(e.readLine(Reply), "readyok ");
+  expectCleanEnd(e);
+}
+
+TEST(Protocol, EndOfInputEndsTheProcess) {
+  const char* inputs[] = {"", "isready", "uci", "isready\nquit", "position startpos moves e2e4"};
+  for (const char* input : inputs) {
+    EngineProcess e;
+    linesUntil(e, "to play with");
+    e.send(input);   // no newline: the last character is dropped
+    e.closeInput();
+    EXPECT_EQ(e.waitExit(Reply), 0) << input;
+    if (std::string(input) == "isready\nquit") EXPECT_EQ(e.readLine(Reply), "readyok ");
+    EXPECT_FALSE(e.readLine(200)) << input;   // "isread", "uc", "qui" get no reply
+  }
+}
+
+TEST(Protocol, BadLinesNeverCrashOrHang) {
+  EngineProcess e;
+  const char* lines[] = {
+      "setoption name Hash value 0",
+      "setoption name Hash value -5",
+      "setoption name Hash value",
+      "setoption name Hash",
+      "setoption name",
+      "setoption name MultiPV value 99999999999999999999999",
+      "setoption name UCI_Elo value -99999999999",
+      "setoption",
+      "position",
+      "position ",
+      "position startpos",
+      "position startpos ",
+      "position startpos moves",
+      "position startpos moves e2e4 e7e5 zzzz e1e1 a1a9 e9e9 g1f3 \xff\xfe b8c6",
+      "position fen",
+      "position fen ",
+      "position fen 8/8/8/8/8/8/8/8",
+      "position fen rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq",
+      "position fen rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - moves e2e4",
+      "position fen 99999999999/pppppppppppppppppppppp/////////////////////// b qkQK z9 -99999 x",
+      "position fen KKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKKK w - - 0 1",
+      "position fen 8/8/8/8/8/8/8/8 w - - 0 1 moves e2e4",
+      "position fen 4k3/8/8/8/8/8/8/4K3 w - e3 0 1 moves e1e2",
+      "position fen 4k3/8/8/8/8/8/8/4K3 w - a 0 1",
+      "position nonsense moves e2e4",
+      "positionstartpos",
+      "goo",
+      "go wtime",
+      "go btime",
+      "go movestogo",
+      "go wtime 1000 movestogo -3",
+      "go wtime -1000 btime -1000 winc -5 binc -5 movestogo 0",
+      "go wtime 99999999999999999999 btime 99999999999999999999",
+      "go searchmoves",
+      "go searchmoves e2e4 a1a1 zz",
+      "stop",
+      "ponderhit",
+  };
+  for (const char* line : lines) {
+    e.sendLine(line);
+    if (std::string(line).compare(0, 2, "go") == 0) e.sendLine("stop");
+    e.sendLine("isready");
+    EXPECT_TRUE(e.readUntil("readyok ", Reply)) << line;
+  }
+  expectCleanEnd(e);
+}
+
+TEST(Protocol, HugeLineAndLongMoveLists) {
+  EngineProcess e;
+  e.sendLine(std::string(100000, 'x'));
+  e.sendLine("position " + std::string(100000, 'a'));
+  e.sendLine("go " + std::string(70000, '9'));
+  e.sendLine("stop");
+  expectAlive(e);
+  // A thousand moves of knights going back and forth, then far more than a game can hold.
+  std::string moves;
+  for (int i = 0; i < 250; ++i) moves += " g1f3 g8f6 f3g1 f6g8";
+  e.sendLine("position startpos moves" + moves);
+  expectAlive(e);
+  std::string longer;
+  for (int i = 0; i < 6; ++i) longer += moves;
+  e.sendLine("position startpos moves" + longer);
+  expectAlive(e);
+  expectCleanEnd(e);
+}
+
+TEST(Protocol, UnplayablePositionsAnswerTheNullMove) {
+  const char* fens[] = {
+      "8/8/8/8/8/8/8/8 w - - 0 1",                  // no kings
+      "4k3/8/8/8/8/8/8/3KK3 w - - 0 1",             // two white kings
+      "4k3/8/8/8/8/8/8/P3K3 w - - 0 1",             // a pawn on the first rank
+      "4k3/8/8/8/8/8/4R3/4K3 w - - 0 1",            // the side not to move is in check
+      "garbage",
+  };
+  for (const char* fen : fens) {
+    EngineProcess e;
+    e.sendLine(std::string("position fen ") + fen);
+    e.sendLine("go depth 3");
+    EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000") << fen;
+    expectCleanEnd(e);
+  }
+}
+
+TEST(Protocol, QuitEndsAtOnce) {
+  EngineProcess e;
+  e.sendLine("quit");
+  e.sendLine("isready");
+  EXPECT_EQ(e.waitExit(Reply), 0);
+  std::vector<std::string> rest;
+  while (auto line = e.readLine(200)) rest.push_back(*line);
+  for (const std::string& line : rest) EXPECT_NE(line, "readyok ");
+}
+
+TEST(Protocol, ReducedStrengthInfoStrings) {
+  EngineProcess e;
+  e.sendLine("setoption name UCI_LimitStrength value true");
+  EXPECT_EQ(e.readUntil("info string", Reply), "info string Strength limited");
+  e.sendLine("setoption name UCI_Elo value 1600");
+  e.sendLine("position startpos");
+  e.sendLine("go depth 1");
+  EXPECT_EQ(e.readUntil("info string", Reply), "info string Tavrin running in reduced strength mode ");
+  e.sendLine("setoption name UCI_LimitStrength value false");
+  e.sendLine("go depth 1");
+  e.sendLine("isready");
+  for (const std::string& line : linesUntil(e, "readyok"))
+    EXPECT_NE(line.compare(0, 11, "info string"), 0) << line;
+  expectCleanEnd(e);
+}
+
+// The tests below need the real search.
+
+TEST(ProtocolSearch, FixedDepthNodesAndMovetimeEndByThemselves) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  const char* gos[] = {"go depth 1", "go depth 4", "go nodes 10000", "go movetime 200", "go wtime 1000 btime 1000"};
+  for (const char* go : gos) {
+    EngineProcess e;
+    e.sendLine("position startpos moves e2e4");
+    e.sendLine("isready");
+    linesUntil(e, "readyok");
+    long long start = EngineProcess::nowMs();
+    e.sendLine(go);
+    auto best = e.readUntil("bestmove ", Reply);
+    long long took = EngineProcess::nowMs() - start;
+    ASSERT_TRUE(best) << go;
+    EXPECT_NE(*best, "bestmove 0000") << go;
+    if (std::string(go) == "go movetime 200") {
+      EXPECT_GE(took, 150) << go;
+      EXPECT_LT(took, 1000) << go;
+    }
+    // Black to move with a second on the clock: the hard limit is T / 16 = 56 ms.
+    if (std::string(go).find("wtime") != std::string::npos) EXPECT_LT(took, 1000) << go;
+    expectCleanEnd(e);
+  }
+}
+
+TEST(ProtocolSearch, AnswersDuringASearch) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  EngineProcess e;
+  e.sendLine("position startpos");
+  e.sendLine("go infinite");
+  usleep(300000);
+  long long start = EngineProcess::nowMs();
+  e.sendLine("isready");
+  EXPECT_TRUE(e.readUntil("readyok ", Prompt));
+  EXPECT_LT(EngineProcess::nowMs() - start, Prompt);
+  usleep(200000);
+  start = EngineProcess::nowMs();
+  e.sendLine("stop");
+  auto best = e.readUntil("bestmove ", Prompt);
+  EXPECT_LT(EngineProcess::nowMs() - start, Prompt);
+  ASSERT_TRUE(best);
+  EXPECT_NE(*best, "bestmove 0000");
+  expectCleanEnd(e);
+}
+
+// A mated side has no move to search: the search ends at once, and only the wait holds bestmove.
+const char* MatedFen = "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3";
+
+TEST(ProtocolSearch, InfiniteWaitsForStopAndStopRightBehindGo) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  EngineProcess e;
+  e.sendLine(std::string("position fen ") + MatedFen);
+  e.sendLine("go infinite");
+  EXPECT_FALSE(e.readUntil("bestmove", 700));
+  e.sendLine("stop");
+  EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000");
+  // "stop" in the same write as "go".
+  e.sendLine("position startpos");
+  e.send("go infinite\nstop\n");
+  auto best = e.readUntil("bestmove ", Reply);
+  ASSERT_TRUE(best);
+  EXPECT_NE(*best, "bestmove 0000");
+  expectCleanEnd(e);
+}
+
+TEST(ProtocolSearch, NestedGoDuringAnInfiniteWait) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  EngineProcess e;
+  e.sendLine(std::string("position fen ") + MatedFen);
+  e.sendLine("go infinite");
+  EXPECT_FALSE(e.readUntil("bestmove", 500));
+  // A new position and search inside the wait; the outer answer still belongs to its position.
+  e.sendLine("position startpos");
+  e.sendLine("go depth 2");
+  auto inner = e.readUntil("bestmove ", Reply);
+  auto outer = e.readUntil("bestmove ", Reply);
+  ASSERT_TRUE(inner);
+  ASSERT_TRUE(outer);
+  EXPECT_NE(*inner, "bestmove 0000");
+  EXPECT_EQ(*outer, "bestmove 0000");
+  expectAlive(e);
+  expectCleanEnd(e);
+}
+
+TEST(ProtocolSearch, PonderExchange) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  EngineProcess e;
+  e.sendLine("position startpos moves e2e4 e7e5");
+  e.sendLine("go ponder wtime 2000 btime 2000");
+  EXPECT_FALSE(e.readUntil("bestmove", 800));   // no time limit while pondering
+  e.sendLine("ponderhit");
+  auto best = e.readUntil("bestmove ", Reply);
+  ASSERT_TRUE(best);
+  EXPECT_NE(*best, "bestmove 0000");
+  // Pondering ended by stop also answers.
+  e.sendLine("go ponder wtime 2000 btime 2000");
+  usleep(200000);
+  e.sendLine("stop");
+  EXPECT_TRUE(e.readUntil("bestmove ", Reply));
+  expectCleanEnd(e);
+}
+
+TEST(ProtocolSearch, QuitDuringASearchPrintsNoBestMove) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  EngineProcess e;
+  e.sendLine("position startpos");
+  e.sendLine("go infinite");
+  usleep(300000);
+  e.sendLine("quit");
+  EXPECT_EQ(e.waitExit(Reply), 0);
+  std::vector<std::string> seen;
+  EXPECT_FALSE(e.readUntil("bestmove", 200, &seen));
+}
+
+TEST(ProtocolSearch, UcinewgameDuringASearchStopsIt) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  EngineProcess e;
+  e.sendLine("position startpos");
+  e.sendLine("go infinite");
+  usleep(200000);
+  e.sendLine("ucinewgame");
+  auto best = e.readUntil("bestmove ", Prompt * 2);
+  ASSERT_TRUE(best);
+  EXPECT_NE(*best, "bestmove 0000");
+  expectCleanEnd(e);
+}
+
+TEST(ProtocolSearch, MatedAndStalematePositions) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  const char* fens[] = {
+      "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3",   // White is mated
+      "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1",                                 // Black is stalemated
+  };
+  for (const char* fen : fens) {
+    EngineProcess e;
+    e.sendLine(std::string("position fen ") + fen);
+    e.sendLine("go depth 3");
+    EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000") << fen;
+    expectCleanEnd(e);
+  }
+}
