@@ -6,8 +6,8 @@
 namespace tavrin {
 
 // Thrown by the stop handler (stop, ucinewgame, a spent limit) while a search runs; caught by
-// the search starter, which then runs the finish step. The search runs on its own record, so
-// unwinding it needs no clean-up.
+// the search starter, which then runs the finish step. The search runs on its own record; the
+// root search takes back whatever moves were on the board before the exception leaves it.
 struct SearchAborted {};
 
 // Result of the root search, read by the output and the finish step.
@@ -30,5 +30,38 @@ void runRootSearch(Position& pos);
 
 // Clears the history table to its start value (2048 in every entry).
 void clearHistory();
+
+// Root move list: 16-byte records ended by a zero record. The first word holds the move in its
+// low half and (last score - 32768) in its high half, so that descending words mean descending
+// scores.
+struct RootMove {
+  std::uint32_t word;
+  std::uint32_t spare[3];
+};
+static_assert(sizeof(RootMove) == 16);
+extern RootMove RootMoves[256];
+
+// The lines of a MultiPV search, best first (line 0 also serves the single-PV output).
+constexpr int MaxRootLines = 8;
+struct RootLine {
+  Move move;
+  int score;
+};
+extern RootLine RootLines[MaxRootLines];
+
+// Output switches of the root search.
+struct SearchSettings {
+  bool infoDepth = true;      // "info depth" at the start of every iteration
+  bool infoCurrmove = true;   // "info currmove" from the 12th ply on
+  int minPvDepth = 0;         // PV lines only for iterations deeper than this (half-plies)
+  bool quiet = false;         // print nothing at all (bench, tests)
+};
+extern SearchSettings Settings;
+
+// The two flags that hold back the three-quarter-target stop of the input poll:
+// the current iteration has failed low (its score is falling), and the best move changed in
+// the current or the last completed iteration. Either one means the search is not settled.
+extern std::uint8_t RootFailingLow;
+extern std::uint8_t RootBestMoveChanged;
 
 }  // namespace tavrin

@@ -18,5 +18,16 @@ void printPvLine(Position& pos, std::int64_t elapsedMicros, int score);
 void printBestMove(Position& pos);
 // Iteration depth (half-plies) of the last PV line printed in this search.
 int lastPrintedDepth();
+// Forgets the last printed line (start of a search), so that nothing of an earlier search
+// suppresses the new one's lines.
+void resetPvLineRecord();
+
+// "info depth N" and "info currmove M currmovenumber K" of the root search.
+void printInfoDepth(int plies);
+void printCurrMove(Move m, int number);
+
+// The principal variation as text (moves separated by blanks, at most 250), walked from the
+// move through the PV table and the main table; for tests and tools.
+void pvText(Position& pos, Move first, char* out, std::size_t size);
 
 }  // namespace tavrin

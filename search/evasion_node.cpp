@@ -1,0 +1,75 @@
+// Evasion nodes: the side to move is in check. No null move and no pruning; a node without a
+// legal evasion is mated; late evasions are reduced.
+#include "search/deep_node.h"
+
+namespace tavrin {
+
+template <Color Us>
+int evasionNode(Position& pos, int beta, int depth) {
+  constexpr Color Them = ~Us;
+
+  // Steps 1-4. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition.
+  int score;
+  if (nodePrelude(pos, beta, score)) return score;
+
+  // Step 5. Table probe.
+  const Key key = pos.st().key;
+  Move ttMove = 0;
+  if (probeNode(pos, key, depth, beta, ttMove, score)) return score;
+  bestMoveSlot(pos) = ttMove;
+
+  // Step 8. Singular extension of the table move.
+  const int ttExtension = singularExtension<Us>(pos, beta, depth, ttMove);
+  if (pos.stopFlag) return 0;
+
+  // Step 10. The evasions, table move first.
+  EvasionPicker ep;
+  ep.init<Us>(pos, ttMove);
+  int best = pos.ply - MateScore;
+  int k = 0;
+  while (const Move m = ep.next()) {
+    const bool capture = pos.board[moveTo(m)] != NoPiece || moveKind(m) == EnPassantMove;
+    int extension = m == ttMove ? ttExtension : 0;
+    if (!extension && isPassedPawnPush<Us>(pos, m, 5)) extension = 1;
+    if (!makeAndEvaluate<Us>(pos, m, beta - params::LazyMargin, beta + params::LazyMargin)) continue;
+    const LastTargetScope lastTarget(pos, m);
+    ++k;
+
+    if (pos.st().evalFinal) {
+      score = -pos.st().staticEval;
+    } else if (childInCheck<Them>(pos)) {
+      score = -evasionSearch<Them>(pos, 1 - beta, depth - 1);
+    } else {
+      const int newDepth = depth - 2 + extension;
+      bool done = false;
+      // Late evasions (not captures, not the table move) are reduced by a logarithm of k.
+      if (k >= params::EvasionLmrMinMoves && !capture && m != ttMove) {
+        score = -nullWindowChild<Them, Role::Cut>(pos, 1 - beta,
+                                                  newDepth - (log2Floor(k) - params::EvasionLmrOffset));
+        done = score < beta;
+      }
+      if (!done) score = -nullWindowChild<Them, Role::Cut>(pos, 1 - beta, newDepth);
+    }
+    undoMove<Us>(pos, m);
+    if (pos.stopFlag) return 0;
+
+    if (score > best) {
+      best = score;
+      if (score >= beta) {
+        // Step 11. Cut-off.
+        bestMoveSlot(pos) = m;
+        storeLower(key, depth, score, m);
+        return score;
+      }
+    }
+  }
+
+  // Step 12. Fail low (or mate: best is still ply - 22000).
+  if (depth > 1) storeWeakUpper(key, depth, best);
+  return best;
+}
+
+int evasionSearchWhite(Position& pos, int beta, int depth) { return evasionNode<White>(pos, beta, depth); }
+int evasionSearchBlack(Position& pos, int beta, int depth) { return evasionNode<Black>(pos, beta, depth); }
+
+}  // namespace tavrin

@@ -1,0 +1,42 @@
+// History counters and killer moves: the quiet-move ordering memory of the search.
+#pragma once
+
+#include "board/movegen.h"
+#include "board/position.h"
+
+namespace tavrin {
+
+constexpr std::uint16_t HistoryStart = 2048;
+constexpr int HistoryMax = 65280;
+
+inline std::uint16_t& historyOf(int piece, int to) { return HistoryTable[piece * 64 + to]; }
+
+// A quiet move that cut off: the counter moves toward its ceiling by depth / 256 of the distance.
+inline void historyBonus(int piece, int to, int depth) {
+  std::uint16_t& h = historyOf(piece, to);
+  int d = depth < 255 ? depth : 255;
+  h = std::uint16_t(h + ((HistoryMax - h) * d) / 256);
+}
+
+// A quiet move that failed low: the counter loses depth / 256 of itself.
+inline void historyPenalty(int piece, int to, int depth) {
+  std::uint16_t& h = historyOf(piece, to);
+  int d = depth < 255 ? depth : 255;
+  h = std::uint16_t(h - (h * d) / 256);
+}
+
+// The node's killers live in its own state entry; a new one pushes killer 1 down.
+inline void updateKillers(StateEntry& st, Move m) {
+  if (st.killer1 != m) {
+    st.killer2 = st.killer1;
+    st.killer1 = m;
+  }
+}
+
+// A move is quiet for history and killers when it captures nothing and is neither en passant
+// nor a promotion (kind bits 13 and 14 clear).
+inline bool isQuietMove(const Position& pos, Move m) {
+  return pos.board[moveTo(m)] == NoPiece && (m & 0x6000) == 0;
+}
+
+}  // namespace tavrin

@@ -1,0 +1,141 @@
+// PV nodes: full window, no null move and no pruning; internal iterative deepening through the
+// PV member itself; the first move searched with the full window, later ones with a null window
+// and re-searched when they land inside it; exact results go to both tables.
+#include "search/deep_node.h"
+
+namespace tavrin {
+
+template <Color Us>
+int pvNode(Position& pos, int alpha, int beta, int depth) {
+  constexpr Color Them = ~Us;
+  const bool inCheck = kingAttackers<Us>(pos.st()) != 0;
+
+  // At the horizon the PV quiescence takes over (a side in check still gets its evasions).
+  if (depth <= 1 && !inCheck) return pvQuiesce<Us>(pos, alpha, beta, 0);
+
+  // Step 1. Mate-distance pruning; the ply guard.
+  alpha = std::max(alpha, pos.ply - MateScore);
+  beta = std::min(beta, MateScore - pos.ply);
+  if (alpha >= beta) return alpha;
+  if (plyExhausted(pos)) return pos.st().staticEval;
+
+  // Steps 2-4. Best-move slot, stop, fifty-move rule, repetition.
+  bestMoveSlot(pos) = 0;
+  if (pos.stopFlag) return 0;
+  if (isRuleDraw(pos)) return 0;
+
+  // Step 5. The table gives a move only: PV nodes never cut on it.
+  const Key key = pos.st().key;
+  Move ttMove = probeMove(key);
+  bestMoveSlot(pos) = ttMove;
+
+  // Step 7. Internal iterative deepening with a window widened by the depth.
+  if (!ttMove && depth >= params::IidMinDepth) {
+    if (depth >= params::PvIidDeepMinDepth) {
+      pvSearch<Us>(pos, alpha - depth, beta + depth, depth - params::PvIidDeepReduction);
+      if (pos.stopFlag) return 0;
+    }
+    pvSearch<Us>(pos, alpha - depth, beta + depth, depth - params::IidReduction);
+    if (pos.stopFlag) return 0;
+    ttMove = bestMoveSlot(pos);
+  }
+
+  // Step 8. Singular extension, measured against the lower edge of the window.
+  const int ttExtension = singularExtension<Us>(pos, alpha + 1, depth, ttMove);
+  if (pos.stopFlag) return 0;
+
+  // Step 10. Move loop.
+  StateEntry& st = pos.st();
+  const int eval = st.staticEval;
+  const int alphaIn = alpha;
+  MovePicker mp;
+  EvasionPicker ep;
+  if (inCheck) ep.init<Us>(pos, ttMove);
+  else mp.init(StageTtMove, ttMove);
+
+  int best = -MateScore;
+  Move bestMove = 0;
+  int n = 0;
+  int score;
+  for (;;) {
+    Move m;
+    MoveWord w;
+    if (inCheck) {
+      m = ep.next();
+      w = m;
+    } else {
+      w = nextMove<Us>(pos, mp);
+      m = wordMove(w);
+    }
+    if (!m) break;
+    const bool quietStage = !inCheck && mp.inQuietStage();
+    const int piece = pos.board[moveFrom(m)];
+    const bool quiet = isQuietMove(pos, m);
+    int extension = m == ttMove ? ttExtension : 0;
+    if (!extension && isPassedPawnPush<Us>(pos, m, 5)) extension = 1;
+
+    if (!makeAndEvaluate<Us>(pos, m, alpha - params::LazyMargin, beta + params::LazyMargin)) continue;
+    const LastTargetScope lastTarget(pos, m);
+    const bool check = childInCheck<Them>(pos);
+    const int newDepth = check ? depth - 1 : depth - 2 + extension;
+
+    if (pos.st().evalFinal) {
+      score = -pos.st().staticEval;
+    } else if (n == 0) {
+      score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
+    } else {
+      if (check) {
+        score = -evasionSearch<Them>(pos, -alpha, newDepth);
+      } else {
+        bool done = false;
+        if (quietStage && n >= params::LmrMinMoves) {
+          score = -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth - log2Floor(n + 1));
+          done = score <= alpha;
+        }
+        if (!done) score = -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth);
+      }
+      if (score > alpha && score < beta) score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
+    }
+    undoMove<Us>(pos, m);
+    ++n;
+    if (pos.stopFlag) return 0;
+
+    if (score > best) {
+      best = score;
+      if (score > alpha) {
+        bestMove = m;
+        if (score >= beta) {
+          // Step 11. Cut-off.
+          if (quiet && !inCheck) {
+            historyBonus(piece, moveTo(m), depth);
+            updateKillers(st, m);
+          }
+          bestMoveSlot(pos) = m;
+          storeLower(key, depth, score, m);
+          return score;
+        }
+        alpha = score;
+        continue;
+      }
+    }
+    if (quiet && !inCheck && eval > alpha - params::HistoryPenaltyMargin)
+      historyPenalty(piece, moveTo(m), depth);
+  }
+
+  // No legal move: mated or stalemate.
+  if (n == 0) return inCheck ? pos.ply - MateScore : 0;
+
+  // Step 12. Exact result, or every move failed low.
+  if (bestMove && best > alphaIn) {
+    bestMoveSlot(pos) = bestMove;
+    storeExact(key, depth, best, bestMove);
+  } else {
+    storeUpper(key, depth, best);
+  }
+  return best;
+}
+
+int pvSearchWhite(Position& pos, int alpha, int beta, int depth) { return pvNode<White>(pos, alpha, beta, depth); }
+int pvSearchBlack(Position& pos, int alpha, int beta, int depth) { return pvNode<Black>(pos, alpha, beta, depth); }
+
+}  // namespace tavrin

@@ -1,0 +1,76 @@
+// Quiescence of a side in check: evasions, restricted to captures when far below beta; a side
+// with no legal evasion at all is mated.
+#include "search/quiesce_common.h"
+
+namespace tavrin {
+
+template <Color Us>
+int quiesceEvasionNode(Position& pos, int beta, int depth) {
+  using T = ColorTraits<Us>;
+  constexpr Color Them = ~Us;
+  using picker_detail::selectBest;
+
+  // Steps 1-3 as in quiescence: mate distance, draws, table probe.
+  int score;
+  if (mateDistancePrune(pos, beta, score)) return score;
+  if (plyExhausted(pos)) return pos.st().staticEval;
+  if (pos.stopFlag) return 0;
+  if (isRuleDraw(pos)) return 0;
+  const Key key = pos.st().key;
+  Move ttMove = 0;
+  if (probeQuiesce(key, beta - 1, beta, ttMove, score)) return score;
+
+  // Step 4. The evasion set. Far below beta only captures are tried; their value then bounds
+  // the node from above, so the best score starts at the estimate instead of a mate.
+  const int v = pos.st().staticEval + params::QuiesceEvasionTempo;
+  Bitboard mask = ~Bitboard(0);
+  int best = pos.ply - MateScore;
+  if (v < beta) {
+    mask = pos.pieces[T::EnemyAll];
+    best = v;
+    if (beta - params::EvasionDeltaPawn > v) {
+      mask &= ~pos.pieces[T::EnemyPawn];
+      best = v + params::EvasionDeltaPawn;
+      if (beta - params::EvasionDeltaMinor > v)
+        mask &= ~(pos.pieces[T::EnemyKnight] | pos.pieces[T::EnemyBishopLight] |
+                  pos.pieces[T::EnemyBishopDark]);
+    }
+  }
+
+  // Step 5. Generate; a single forced reply costs no depth.
+  MoveWord list[MaxMoves];
+  MoveWord* end = genEvasions<Us>(pos, list, mask);
+  if (end - list > 1) --depth;
+  promoteTableMove(list, end, ttMove);
+
+  // Step 6. Evasions by selection.
+  for (MoveWord* cur = list; cur < end; ++cur) {
+    const Move m = wordMove(selectBest(cur, end));
+    if (!makeAndEvaluate<Us>(pos, m, beta - params::QuiesceLazyMargin, beta + params::QuiesceLazyMargin))
+      continue;
+    if (pos.st().evalFinal)
+      score = -pos.st().staticEval;
+    else if (childInCheck<Them>(pos))
+      score = -quiesceEvasion<Them>(pos, 1 - beta, depth);
+    else
+      score = -quiesce<Them>(pos, 1 - beta, depth);
+    undoMove<Us>(pos, m);
+    if (pos.stopFlag) return 0;
+    if (score > best) {
+      if (score >= beta) {
+        storeLower(key, params::QuiesceStoreDepth, score, m);
+        return score;
+      }
+      best = score;
+    }
+  }
+
+  // Step 7. Fail low.
+  storeUpper(key, params::QuiesceStoreDepth, best);
+  return best;
+}
+
+int quiesceEvasionWhite(Position& pos, int beta, int depth) { return quiesceEvasionNode<White>(pos, beta, depth); }
+int quiesceEvasionBlack(Position& pos, int beta, int depth) { return quiesceEvasionNode<Black>(pos, beta, depth); }
+
+}  // namespace tavrin
