@@ -1,16 +1,18 @@
-// The attack summary: attacked squares, king attackers, pins and check candidates of a position.
+// The attack summary: attacked squares, king attackers, pins, check candidates, futility
+// exemptions, exchange exclusions and pawn threats of a position, for the search.
 #include "eval/attack_summary.h"
 
 #include "board/attacks.h"
 #include "board/bitboard.h"
 #include "board/legality.h"
+#include "eval/eval_internal.h"
 
 namespace tavrin {
 
 namespace {
 
-// Pieces of the side to move whose quiet move may give check: the discovered-check candidates
-// and every piece or pawn that can reach a square from which it would check.
+// Pieces of the side to move whose quiet move may give check: discovered-check candidates and
+// every piece or pawn that can reach a square from which it would check.
 template <Color Us>
 Bitboard checkCandidates(const Position& pos) {
   using T = ColorTraits<Us>;
@@ -19,11 +21,11 @@ Bitboard checkCandidates(const Position& pos) {
   const Bitboard empty = ~pos.occupied;
   Bitboard candidates = discoveredCheckCandidates<Us>(pos);
 
-  // Pawns: single or double push onto a pawn-check square.
-  constexpr int Up = T::Up;
+  // Pawns: a single or double push onto a square from which a pawn checks.
   const Bitboard pawnChecks = Attacks.pawn[~Us][ek] & empty;
-  const Bitboard singleFrom = shift<-Up>(pawnChecks);
-  const Bitboard doubleFrom = shift<-Up>(shift<-Up>(pawnChecks) & empty) & (Us == White ? Rank2Mask : Rank7Mask);
+  const Bitboard singleFrom = Us == White ? shift<-8>(pawnChecks) : shift<8>(pawnChecks);
+  const Bitboard doubleFrom = (Us == White ? shift<-8>(singleFrom & empty) : shift<8>(singleFrom & empty)) &
+                              (Us == White ? Rank2Mask : Rank7Mask);
   candidates |= (singleFrom | doubleFrom) & p[T::OwnPawn];
 
   const Bitboard knightChecks = knightAttacks(ek) & empty;
@@ -48,24 +50,42 @@ Bitboard checkCandidates(const Position& pos) {
   return candidates;
 }
 
+// The fields of the side to move.
+template <Color Us>
+void finishFor(Position& pos, Bitboard attackedByUs, Bitboard attackedByThem) {
+  using T = ColorTraits<Us>;
+  constexpr Color Them = T::Them;
+  StateEntry& st = pos.st();
+  const Bitboard* p = pos.pieces;
+  st.pinned = pinnedPieces<Us>(pos);
+  const Bitboard candidates = checkCandidates<Us>(pos);
+  st.checkCandidates = candidates;
+  // Pieces in danger (hit by a pawn, or attacked and undefended): moving them away is a rescue,
+  // never a futile quiet move.
+  const Bitboard pieces = p[T::OwnAll] & ~p[T::OwnPawn] & ~p[T::OwnKing];
+  const Bitboard threatened = pieces & (pawnAttacks<Them>(p[T::EnemyPawn]) | (attackedByThem & ~attackedByUs));
+  st.quietExemptions = candidates | threatened;
+  // Pawn captures never lose material, and a king capture that would is illegal anyway.
+  st.exchangeExclusion = p[T::OwnPawn] | p[T::OwnKing];
+  // Enemy pawns that can be taken for nothing.
+  st.pawnThreats = p[T::EnemyPawn] & attackedByUs & ~attackedByThem;
+}
+
 }  // namespace
 
-void computeAttackSummary(Position& pos) {
-  StateEntry& st = *pos.state;
-  st.attackedByWhite = attackedSquares<White>(pos);
-  st.attackedByBlack = attackedSquares<Black>(pos);
+void finishAttackSummary(Position& pos, Bitboard attackedByWhite, Bitboard attackedByBlack) {
+  StateEntry& st = pos.st();
+  st.attackedByWhite = attackedByWhite;
+  st.attackedByBlack = attackedByBlack;
   st.whiteKingAttackers = attackersTo<Black>(pos, pos.whiteKingSquare);
   st.blackKingAttackers = attackersTo<White>(pos, pos.blackKingSquare);
-  if (pos.sideToMove == White) {
-    st.pinned = pinnedPieces<White>(pos);
-    st.checkCandidates = checkCandidates<White>(pos);
-  } else {
-    st.pinned = pinnedPieces<Black>(pos);
-    st.checkCandidates = checkCandidates<Black>(pos);
-  }
-  st.quietExemptions = 0;
-  st.exchangeExclusion = 0;
-  st.pawnThreats = 0;
+  if (pos.sideToMove == White) finishFor<White>(pos, attackedByWhite, attackedByBlack);
+  else finishFor<Black>(pos, attackedByBlack, attackedByWhite);
+  st.evalFinal = 0;
+}
+
+void computeAttackSummary(Position& pos) {
+  finishAttackSummary(pos, attackedSquares<White>(pos), attackedSquares<Black>(pos));
 }
 
 }  // namespace tavrin

@@ -211,5 +211,36 @@ TEST(EvalDriver, NoiseGeneratorAdvancesOnEveryFullEvaluation) {
   Engine = saved;
 }
 
+TEST(EvalDriver, AttackSummaryOnEveryExit) {
+  EvalFixture f;
+  // White to move, in check from the b4 bishop.
+  Position& pos = f.set("rnbqk1nr/pppp1ppp/8/4p3/1b1P4/8/PPP1PPPP/RNBQKBNR w KQkq - 1 3");
+  for (int pass = 0; pass < 2; ++pass) {   // full evaluation, then a cache hit
+    evaluate(pos, -32767, 32767, NoMove);
+    const StateEntry& st = pos.st();
+    EXPECT_EQ(st.whiteKingAttackers, bit(B4));
+    EXPECT_EQ(st.blackKingAttackers, 0u);
+    EXPECT_TRUE(st.attackedByBlack & bit(E1));
+    EXPECT_TRUE(st.attackedByWhite & bit(E5));
+    EXPECT_TRUE(st.exchangeExclusion & bit(D4));
+    EXPECT_TRUE(st.pawnThreats & bit(E5)) << "e5 is attacked by d4 and not defended";
+  }
+}
+
+TEST(EvalDriver, CheckCandidatesAndExemptions) {
+  EvalFixture f;
+  // The e4 knight checks from d6 or f6 and, moving anywhere, uncovers the e1 rook. The d3 bishop
+  // gives no check but is hit by the c4 pawn.
+  Position& pos = f.set("4k3/8/8/8/2p1N3/3B4/P7/4R1K1 w - - 0 1");
+  for (int pass = 0; pass < 2; ++pass) {   // full evaluation, then a cache hit
+    evaluate(pos, -32767, 32767, NoMove);
+    const StateEntry& st = pos.st();
+    EXPECT_EQ(st.checkCandidates, bit(E4));
+    EXPECT_EQ(st.quietExemptions, bit(E4) | bit(D3));
+    EXPECT_EQ(st.exchangeExclusion, bit(A2) | bit(G1));
+    EXPECT_EQ(st.pinned, 0u);
+  }
+}
+
 }  // namespace
 }  // namespace tavrin::test
