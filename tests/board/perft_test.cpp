@@ -10,9 +10,11 @@ namespace {
 #ifdef TAVRIN_SANITIZED
 constexpr std::uint64_t BulkLeafBudget = 200000;   // largest count checked per depth
 constexpr int MadeDepth = 2;
+constexpr int MirrorDepth = 3;
 #else
 constexpr std::uint64_t BulkLeafBudget = ~std::uint64_t(0);
 constexpr int MadeDepth = 4;
+constexpr int MirrorDepth = 4;
 #endif
 
 TEST(Perft, SuiteCountsWithBulkCounting) {
@@ -41,7 +43,7 @@ TEST(Perft, ColourMirrorGivesTheSameCounts) {
     const std::string mirrored = mirrorFen(line.fen);
     f.set(mirrored);
     for (auto [depth, expected] : line.counts)
-      if (depth <= 3) EXPECT_EQ(perft(f.pos, depth, depth % 2 == 1), expected) << mirrored << " depth " << depth;
+      if (depth <= MirrorDepth) EXPECT_EQ(perft(f.pos, depth, depth % 2 == 1), expected) << mirrored << " depth " << depth;
   }
 }
 
