@@ -7,7 +7,7 @@ namespace tavrin {
 
 TimeBudget allocateTime(const ClockState& clock) {
   TimeBudget b;
-  auto clamp = [](std::int64_t t) { return std::min(t, MaxClockMicros); };
+  auto clamp = [](std::int64_t t) { return std::clamp(t, -MaxClockMicros, MaxClockMicros); };
   const std::int64_t wtime = clamp(clock.wtime), btime = clamp(clock.btime);
   const std::int64_t ownClock = clock.whiteToMove ? wtime : btime;
   const std::int64_t mtg = std::clamp(clock.movesToGo, 0, MaxMovesToGo);

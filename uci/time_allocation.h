@@ -30,7 +30,7 @@ struct TimeBudget {
   std::int64_t periodClockWhite = 0, periodClockBlack = 0, periodClockToMove = 0;
 };
 
-// Clocks beyond this (about 12.7 days) count as this, and movestogo beyond MaxMovesToGo as that,
+// Clocks beyond this (about 12.7 days) either way count as this, and movestogo beyond MaxMovesToGo as that,
 // so that no product of the allocation can overflow 64 bits; a negative movestogo counts as 0.
 constexpr std::int64_t MaxClockMicros = std::int64_t(1) << 40;
 constexpr std::int32_t MaxMovesToGo = 1 << 20;

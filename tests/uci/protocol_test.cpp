@@ -12,7 +12,12 @@ using tavrin::test::engineSearches;
 namespace {
 
 constexpr int Reply = 10000;      // generous: a loaded machine or the sanitizer build
-constexpr int Prompt = 500;       // answers that must come while a search runs
+// Answers that must come while a search runs; the instrumented build searches far slower.
+#ifdef TAVRIN_SANITIZED
+constexpr int Prompt = 2000;
+#else
+constexpr int Prompt = 500;
+#endif
 
 const std::vector<std::string> Banner = {
     "Tavrin 1.4 by Tavrin developers ",
@@ -87,7 +92,9 @@ TEST(Protocol, EndOfInputEndsTheProcess) {
     e.send(input);   // no newline: the last character is dropped
     e.closeInput();
     EXPECT_EQ(e.waitExit(Reply), 0) << input;
-    if (std::string(input) == "isready\nquit") EXPECT_EQ(e.readLine(Reply), "readyok ");
+    if (std::string(input) == "isready\nquit") {
+      EXPECT_EQ(e.readLine(Reply), "readyok ");
+    }
     EXPECT_FALSE(e.readLine(200)) << input;   // "isread", "uc", "qui" get no reply
   }
 }
@@ -225,7 +232,9 @@ TEST(ProtocolSearch, FixedDepthNodesAndMovetimeEndByThemselves) {
       EXPECT_LT(took, 1000) << go;
     }
     // Black to move with a second on the clock: the hard limit is T / 16 = 56 ms.
-    if (std::string(go).find("wtime") != std::string::npos) EXPECT_LT(took, 1000) << go;
+    if (std::string(go).find("wtime") != std::string::npos) {
+      EXPECT_LT(took, 1000) << go;
+    }
     expectCleanEnd(e);
   }
 }
@@ -233,6 +242,7 @@ TEST(ProtocolSearch, FixedDepthNodesAndMovetimeEndByThemselves) {
 TEST(ProtocolSearch, AnswersDuringASearch) {
   if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
   EngineProcess e;
+  expectAlive(e);   // start-up done: the times below are the search's alone
   e.sendLine("position startpos");
   e.sendLine("go infinite");
   usleep(300000);
@@ -322,6 +332,7 @@ TEST(ProtocolSearch, QuitDuringASearchPrintsNoBestMove) {
 TEST(ProtocolSearch, UcinewgameDuringASearchStopsIt) {
   if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
   EngineProcess e;
+  expectAlive(e);
   e.sendLine("position startpos");
   e.sendLine("go infinite");
   usleep(200000);
@@ -345,4 +356,28 @@ TEST(ProtocolSearch, MatedAndStalematePositions) {
     EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000") << fen;
     expectCleanEnd(e);
   }
+}
+
+TEST(ProtocolSearch, InputEndingDuringASearchStillGetsTheAnswer) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  EngineProcess e;
+  e.send("position startpos\ngo depth 5\n");
+  e.closeInput();
+  auto best = e.readUntil("bestmove ", Reply);
+  ASSERT_TRUE(best);
+  EXPECT_NE(*best, "bestmove 0000");
+  EXPECT_EQ(e.waitExit(Reply), 0);
+}
+
+TEST(ProtocolSearch, LongGameThenSearch) {
+  if (!engineSearches()) GTEST_SKIP() << "the search is not in this build yet";
+  EngineProcess e;
+  std::string moves;
+  for (int i = 0; i < 1500; ++i) moves += " g1f3 g8f6 f3g1 f6g8";
+  e.sendLine("position startpos moves" + moves);
+  e.sendLine("go depth 3");
+  auto best = e.readUntil("bestmove ", Reply);
+  ASSERT_TRUE(best);
+  EXPECT_NE(*best, "bestmove 0000");
+  expectCleanEnd(e);
 }
