@@ -2,6 +2,8 @@
 // so that the total node count is deterministic and changes only with the search's behaviour.
 #include "search/bench.h"
 
+#include <cstring>
+
 #include "app/platform.h"
 #include "app/startup.h"
 #include "board/fen.h"
@@ -77,6 +79,8 @@ bool benchSearch(const char* fen, int depth, std::uint64_t& nodes, std::uint16_t
   if (Tt.entryCount != BenchTableEntries) resizeTable(BenchHashMegabytes);
   clearTables();
   clearHistory();
+  // Killers live in the state entries above the root: nothing of an earlier search may stay.
+  std::memset(static_cast<void*>(rec.stateStack + 2), 0, (StateStackEntries - 2) * sizeof(StateEntry));
   clearEvaluationTables();
 
   const bool quiet = Settings.quiet;

@@ -36,7 +36,7 @@ inline bool nullMoveStep(Position& pos, int beta, int depth, Move ttMove, Move e
   constexpr Color Them = ~Us;
   StateEntry& st = pos.st();
   const int eval = st.staticEval;
-  if (eval < beta || !(st.nullBits & permissionBit) || kingAttackers<Us>(st) ||
+  if (eval < beta || !(st.nullBits & permissionBit) || kingAttackers<Us>(st) || losingMateBound(beta) ||
       !hasNonPawnMaterial<Us>(pos))
     return false;
 

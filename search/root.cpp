@@ -33,12 +33,14 @@ inline void setRecordScore(RootMove& r, int score) {
 
 std::int64_t elapsedMicros() { return wallClockMicros() - Limits.startTime; }
 
-// Stable insertion sort of the first count records, descending by word.
+// Stable insertion sort of the first count records, descending by score. Equal scores keep
+// their order: a move that failed low stores alpha, which equals the best score, and must not
+// overtake the best move on the strength of its move code.
 void sortRootMoves(int first, int count) {
   for (int i = first + 1; i < count; ++i) {
     RootMove r = RootMoves[i];
     int j = i;
-    for (; j > first && RootMoves[j - 1].word < r.word; --j) RootMoves[j] = RootMoves[j - 1];
+    for (; j > first && (RootMoves[j - 1].word >> 16) < (r.word >> 16); --j) RootMoves[j] = RootMoves[j - 1];
     RootMoves[j] = r;
   }
 }

@@ -16,7 +16,7 @@ int shallowNode(Position& pos, int beta, int depth) {
   const int eval = st.staticEval;
 
   // Step 5a. Hopelessly behind: fail low before looking at the table.
-  if (eval + params::ShallowFailLowMargin < beta) return beta - 1;
+  if (eval + params::ShallowFailLowMargin < beta && !winningMateBound(beta)) return beta - 1;
 
   // Step 5. Table probe.
   const Key key = st.key;
@@ -25,7 +25,8 @@ int shallowNode(Position& pos, int beta, int depth) {
   bestMoveSlot(pos) = ttMove;
 
   // Step 5b. Static null-move pruning: far enough ahead, the evaluation stands.
-  if (eval - 2 * (params::ShallowStaticNullPerDepth * depth + params::ShallowStaticNullBase) >= beta)
+  if (eval - 2 * (params::ShallowStaticNullPerDepth * depth + params::ShallowStaticNullBase) >= beta &&
+      !losingMateBound(beta))
     return eval;
 
   int best = std::min(eval, beta - 1);
