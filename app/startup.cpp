@@ -7,6 +7,7 @@
 #include "eval/evaluate.h"
 #include "eval/psq_tables.h"
 #include "search/search.h"
+#include "search/split_point.h"
 #include "search/tt.h"
 #include "uci/dispatcher.h"
 #include "uci/globals.h"
@@ -25,6 +26,7 @@ void initializeEngine() {
   initPosition(RootPosition);
 
   for (Position& record : SearchRecords) initPosition(record);
+  initSplitPoints();
   Engine.threadCount = 1;
 
   if (Engine.hashMegabytes == 0) Engine.hashMegabytes = 60;

@@ -4,6 +4,7 @@
 
 #include "app/console.h"
 #include "app/platform.h"
+#include "search/search.h"
 #include "uci/dispatcher.h"
 #include "uci/globals.h"
 
@@ -23,8 +24,9 @@ void printProgress(std::int64_t elapsed, std::int64_t nodes) {
   Limits.startCpuTime = processCpuMicros();
 }
 
-// The root search's two reasons to hold back the three-quarter stop (none yet: both clear).
-bool threeQuarterStopHeldBack() { return false; }
+// The root search holds the three-quarter stop back while its score is falling or its best
+// move has just changed.
+bool threeQuarterStopHeldBack() { return RootFailingLow || RootBestMoveChanged; }
 
 }  // namespace
 
