@@ -182,8 +182,8 @@ template <Color Us>
 inline bool isPassedPawnPush(const Position& pos, Move m, int minRank) {
   using T = ColorTraits<Us>;
   const int from = moveFrom(m), to = moveTo(m);
-  if (pos.board[from] != T::OwnPawn || T::RelativeRank(to) < minRank || T::RelativeRank(to) == 7)
-    return false;
+  if (pos.board[from] != T::OwnPawn || T::RelativeRank(to) < minRank) return false;
+  if (T::RelativeRank(to) == 7) return true;   // a promotion has nothing ahead of it
   const int file = fileOf(to), rank = rankOf(to);
   Bitboard files = fileMask(file);
   if (file > 0) files |= fileMask(file - 1);
