@@ -108,14 +108,20 @@ long readStdin(char* buffer, std::size_t n) {
   }
 }
 
+// calloc hands out large blocks as fresh zero pages without writing them, so a big hash table
+// costs no extra pass over its memory here; the block is aligned by hand and the pointer that
+// calloc returned is kept just below it for the release.
 void* alignedAlloc(std::size_t bytes) {
-  std::size_t size = roundUp(bytes ? bytes : 1);
-  void* p = std::aligned_alloc(Alignment, size);
-  if (p) std::memset(p, 0, size);
-  return p;
+  void* raw = std::calloc(roundUp(bytes ? bytes : 1) + Alignment, 1);
+  if (!raw) return nullptr;
+  auto aligned = (reinterpret_cast<std::uintptr_t>(raw) + Alignment) & ~std::uintptr_t(Alignment - 1);
+  reinterpret_cast<void**>(aligned)[-1] = raw;
+  return reinterpret_cast<void*>(aligned);
 }
 
-void alignedFree(void* p) { std::free(p); }
+void alignedFree(void* p) {
+  if (p) std::free(static_cast<void**>(p)[-1]);
+}
 
 void timerBegin() {}
 void timerEnd() {}
