@@ -70,7 +70,6 @@ constexpr std::uint64_t BenchTableEntries = (std::uint64_t(BenchHashMegabytes) <
 
 bool benchSearch(const char* fen, int depth, std::uint64_t& nodes, std::uint16_t& bestMove) {
   initializeEngine();
-  initEvaluation();
   Position& rec = SearchRecords[0];
   nodes = 0;
   bestMove = 0;

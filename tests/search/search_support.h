@@ -19,7 +19,6 @@ namespace tavrin::test {
 
 inline void initEngineForTests() {
   initializeEngine();
-  initEvaluation();
   Settings.quiet = true;
 }
 
