@@ -172,7 +172,10 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   if (!enemyQueen) danger -= NoQueenRelief;
   if (ai.byKind[Us][Knight] & ai.kingZone[Us]) danger -= KnightDefenderRelief;
   danger -= shelter * ShelterRelief / 8;
-  if (danger > DangerThreshold) score -= pack(danger * danger / 4096, danger / DangerEndgameDivisor);
+  if (danger > DangerThreshold) {
+    danger = danger < DangerLimit ? danger : DangerLimit;   // keeps the packed halves in range
+    score -= pack(danger * danger / DangerMiddlegameDivisor, danger / DangerEndgameDivisor);
+  }
   return score;
 }
 

@@ -80,8 +80,8 @@ constexpr Packed QueenOnSeventh = S(6, 18);
 constexpr Packed TrappedRook = S(-44, -6);         // hemmed in by its own uncastled king
 
 // ---------------------------------------------------------------------------------------------
-// King safety: a danger count turned into a middlegame penalty of danger^2 / 4096 and an endgame
-// penalty of danger / 16.
+// King safety: a danger count turned into a middlegame penalty of danger^2 / DangerMiddlegameDivisor
+// and an endgame penalty of danger / DangerEndgameDivisor.
 constexpr int AttackerWeight[8] = {0, 0, 77, 0, 54, 54, 46, 12};  // by piece kind
 constexpr int ZoneAttackWeight = 66;     // per attack on a square next to the king
 constexpr int WeakZoneWeight = 170;      // per zone square attacked and defended only by the king
@@ -92,7 +92,9 @@ constexpr int KnightDefenderRelief = 90; // an own knight next to the king
 constexpr int ShelterRelief = 6;         // danger falls by shelter * 6 / 8
 constexpr int DangerBase = 20;
 constexpr int DangerThreshold = 100;     // below this no penalty
-constexpr int DangerEndgameDivisor = 16;
+constexpr int DangerLimit = 8000;        // above this no further penalty
+constexpr int DangerMiddlegameDivisor = 12288;
+constexpr int DangerEndgameDivisor = 48;
 
 // ---------------------------------------------------------------------------------------------
 // Threats.
