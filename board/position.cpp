@@ -17,10 +17,17 @@ namespace tavrin {
 void initPosition(Position& pos) {
   StateEntry* stack = pos.stateStack;
   std::memset(static_cast<void*>(&pos), 0, sizeof(Position));
-  if (!stack) stack = new (std::align_val_t(64)) StateEntry[StateStackEntries];
+  // One zeroed guard entry below the base keeps "the entry below the current one" readable
+  // even when the base itself is current (as after reading a FEN).
+  if (!stack) stack = new (std::align_val_t(64)) StateEntry[StateStackEntries + 1]() + 1;
   std::memset(static_cast<void*>(stack), 0, sizeof(StateEntry) * StateStackEntries);
   pos.stateStack = stack;
   pos.state = stack;
+}
+
+void releasePosition(Position& pos) {
+  if (pos.stateStack) ::operator delete[](pos.stateStack - 1, std::align_val_t(64));
+  pos.stateStack = pos.state = nullptr;
 }
 
 void setStartPosition(Position& pos) {

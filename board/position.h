@@ -109,6 +109,8 @@ constexpr std::size_t BoardPartBytes = offsetof(Position, state);
 
 // Allocates the state stack of a record (once, at start-up) and clears the record.
 void initPosition(Position& pos);
+// Frees the state stack of a record that initPosition allocated (tests and tools).
+void releasePosition(Position& pos);
 // Sets the start position: board, stack (second entry current), keys, material and evaluation.
 void setStartPosition(Position& pos);
 // Rebuilds bitboards, occupancies, king squares, keys, material signature and piece-square sum

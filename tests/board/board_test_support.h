@@ -33,7 +33,7 @@ struct BoardFixture {
     initPosition(pos);
     pos.recordIndex = 1;
   }
-  ~BoardFixture() { ::operator delete[](pos.stateStack, std::align_val_t(64)); }
+  ~BoardFixture() { releasePosition(pos); }
   BoardFixture(const BoardFixture&) = delete;
   BoardFixture& operator=(const BoardFixture&) = delete;
 

@@ -69,9 +69,11 @@ void expectConsistent(const Position& pos, const std::string& where) {
   ASSERT_EQ(pos.occupiedDiag, dg) << where;
   ASSERT_EQ(bit(pos.whiteKingSquare), pos.pieces[WhiteKing]) << where;
   ASSERT_EQ(bit(pos.blackKingSquare), pos.pieces[BlackKing]) << where;
-  for (int sq = 0; sq < 64; ++sq)
-    if (kindOf(pos.board[sq]) == BishopLight || kindOf(pos.board[sq]) == BishopDark)
+  for (int sq = 0; sq < 64; ++sq) {
+    if (kindOf(pos.board[sq]) == BishopLight || kindOf(pos.board[sq]) == BishopDark) {
       ASSERT_EQ(kindOf(pos.board[sq]) == BishopDark, isDarkSquare(sq)) << where << " bishop code on " << sq;
+    }
+  }
 }
 
 void expectDerivedStateMatches(const Position& pos, const std::string& where) {
@@ -82,7 +84,9 @@ void expectDerivedStateMatches(const Position& pos, const std::string& where) {
   ASSERT_EQ(st.psqScore, d.psqScore) << where;
   // A promotion may set the unusual flag before counts alone would; never the other way round.
   ASSERT_EQ(st.materialKey & ~0x80000000u, d.materialKey & ~0x80000000u) << where;
-  if (d.materialKey & 0x80000000u) ASSERT_TRUE(st.materialKey & 0x80000000u) << where;
+  if (d.materialKey & 0x80000000u) {
+    ASSERT_TRUE(st.materialKey & 0x80000000u) << where;
+  }
   ASSERT_EQ(pos.keyHistory[pos.historyCount], st.key) << where;
 }
 

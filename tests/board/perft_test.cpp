@@ -23,8 +23,11 @@ TEST(Perft, SuiteCountsWithBulkCounting) {
   ASSERT_GT(lines.size(), 100u);
   for (const EpdLine& line : lines) {
     f.set(line.fen);
-    for (auto [depth, expected] : line.counts)
-      if (expected <= BulkLeafBudget) EXPECT_EQ(perft(f.pos, depth, true), expected) << line.fen << " depth " << depth;
+    for (auto [depth, expected] : line.counts) {
+      if (expected <= BulkLeafBudget) {
+        EXPECT_EQ(perft(f.pos, depth, true), expected) << line.fen << " depth " << depth;
+      }
+    }
   }
 }
 
@@ -32,8 +35,11 @@ TEST(Perft, SuiteCountsMakingEveryLeaf) {
   BoardFixture f;
   for (const EpdLine& line : readPerftEpd()) {
     f.set(line.fen);
-    for (auto [depth, expected] : line.counts)
-      if (depth <= MadeDepth) EXPECT_EQ(perft(f.pos, depth, false), expected) << line.fen << " depth " << depth;
+    for (auto [depth, expected] : line.counts) {
+      if (depth <= MadeDepth) {
+        EXPECT_EQ(perft(f.pos, depth, false), expected) << line.fen << " depth " << depth;
+      }
+    }
   }
 }
 
@@ -42,8 +48,11 @@ TEST(Perft, ColourMirrorGivesTheSameCounts) {
   for (const EpdLine& line : readPerftEpd()) {
     const std::string mirrored = mirrorFen(line.fen);
     f.set(mirrored);
-    for (auto [depth, expected] : line.counts)
-      if (depth <= MirrorDepth) EXPECT_EQ(perft(f.pos, depth, depth % 2 == 1), expected) << mirrored << " depth " << depth;
+    for (auto [depth, expected] : line.counts) {
+      if (depth <= MirrorDepth) {
+        EXPECT_EQ(perft(f.pos, depth, depth % 2 == 1), expected) << mirrored << " depth " << depth;
+      }
+    }
   }
 }
 

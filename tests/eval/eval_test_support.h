@@ -41,7 +41,7 @@ struct EvalFixture {
     initPosition(pos);
     pos.recordIndex = 1;
   }
-  ~EvalFixture() { ::operator delete[](pos.stateStack, std::align_val_t(64)); }
+  ~EvalFixture() { releasePosition(pos); }
   EvalFixture(const EvalFixture&) = delete;
   EvalFixture& operator=(const EvalFixture&) = delete;
 

@@ -34,7 +34,9 @@ TEST(SearchResults, MatesFromEitherSide) {
     SearchOutcome r = searchFen(c.fen, c.depth);
     ASSERT_TRUE(r.ok);
     EXPECT_EQ(std::string(scoreText(r.score)), c.score);
-    if (*c.best) EXPECT_EQ(text(r.best), c.best);
+    if (*c.best) {
+      EXPECT_EQ(text(r.best), c.best);
+    }
   }
 }
 
