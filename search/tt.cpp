@@ -25,6 +25,31 @@ TtEntry* victim(TtEntry* bucket) {
   return choice;
 }
 
+// The first entry of the bucket that holds the key and that `updatable` accepts, or nullptr.
+template <class Updatable>
+TtEntry* firstUpdatable(TtEntry* bucket, std::uint32_t check, Updatable updatable) {
+  Tt.clean = false;
+  for (int i = 0; i < TtBucketEntries; ++i)
+    if (bucket[i].key == check && updatable(bucket[i])) return bucket + i;
+  return nullptr;
+}
+
+// A whole new entry written in this search (the spare word stays as it was).
+void writeEntry(TtEntry& e, std::uint32_t check, std::uint8_t flags, std::uint8_t depthUpper, std::uint8_t depthLower,
+                int valueLower, int valueUpper, Move move) {
+  e.key = check;
+  e.flags = flags;
+  e.age = ttAge();
+  e.depthUpper = depthUpper;
+  e.depthLower = depthLower;
+  e.valueLower = std::int16_t(valueLower);
+  e.valueUpper = std::int16_t(valueUpper);
+  e.move = std::uint16_t(move & 0x7FFF);
+}
+
+// The state of every entry after clearing: all zero but an age of 128, so that each starts stale.
+constexpr TtEntry ClearedEntry{0, 0, 128, 0, 0, 0, 0, 0, 0};
+
 }  // namespace
 
 int resizeTable(int megabytes) {
@@ -36,126 +61,94 @@ int resizeTable(int megabytes) {
   Tt.entryCount = entries;
   Tt.indexMask = entries - TtBucketEntries;
   Tt.searchAge = 0;
+  Tt.clean = false;
   clearTables();
   return megabytes;
 }
 
 void clearTables() {
-  if (Tt.entries) {
-    std::memset(static_cast<void*>(Tt.entries), 0, Tt.entryCount * sizeof(TtEntry));
-    for (std::uint64_t i = 0; i < Tt.entryCount; ++i) Tt.entries[i].age = 128;
+  // Nothing has been stored since the last clear (start-up clears on resizing and again for the
+  // new game): the tables already hold their cleared state.
+  if (!Tt.clean) {
+    // One pass over the main table: each entry written once with its cleared value.
+    if (Tt.entries) std::fill_n(Tt.entries, Tt.entryCount, ClearedEntry);
+    std::memset(static_cast<void*>(PvTable), 0, sizeof PvTable);
+    Tt.clean = Tt.entries != nullptr;
   }
-  std::memset(static_cast<void*>(PvTable), 0, sizeof PvTable);
   Tt.searchAge = 0;
 }
 
-void newSearch() { Tt.searchAge = (Tt.searchAge + 1) & 255; }
+void newSearch() {
+  Tt.searchAge = (Tt.searchAge + 1) & 255;
+  Tt.clean = false;   // probes refresh the ages of the entries they use
+}
 
 void storeLower(Key key, int depth, int value, Move move) {
   TtEntry* bucket = ttBucket(key);
-  std::uint32_t check = ttCheck(key);
-  std::uint8_t d = depthByte(depth);
-  for (int i = 0; i < TtBucketEntries; ++i) {
-    TtEntry& e = bucket[i];
-    if (e.key == check && !(e.flags & TtExact) && e.depthLower <= d) {
-      e.depthLower = d;
-      e.valueLower = std::int16_t(value);
-      e.move = move & 0x7FFF;
-      e.age = ttAge();
-      e.flags = std::uint8_t((e.flags & ~TtWeakLower) | TtLower);
-      return;
-    }
+  const std::uint32_t check = ttCheck(key);
+  const std::uint8_t d = depthByte(depth);
+  if (TtEntry* e = firstUpdatable(bucket, check,
+                                  [d](const TtEntry& x) { return !(x.flags & TtExact) && x.depthLower <= d; })) {
+    e->depthLower = d;
+    e->valueLower = std::int16_t(value);
+    e->move = std::uint16_t(move & 0x7FFF);
+    e->age = ttAge();
+    e->flags = std::uint8_t((e->flags & ~TtWeakLower) | TtLower);
+    return;
   }
-  TtEntry& e = *victim(bucket);
-  e.key = check;
-  e.move = move & 0x7FFF;
-  e.age = ttAge();
-  e.valueUpper = 0;
-  e.flags = TtLower;
-  e.depthUpper = 0;
-  e.depthLower = d;
-  e.valueLower = std::int16_t(value);
+  writeEntry(*victim(bucket), check, TtLower, 0, d, value, 0, move);
 }
 
 void storeUpper(Key key, int depth, int value) {
   TtEntry* bucket = ttBucket(key);
-  std::uint32_t check = ttCheck(key);
-  std::uint8_t d = depthByte(depth);
-  for (int i = 0; i < TtBucketEntries; ++i) {
-    TtEntry& e = bucket[i];
-    if (e.key == check && !(e.flags & TtExact) && e.depthUpper <= d) {
-      e.depthUpper = d;
-      e.valueUpper = std::int16_t(value);
-      e.age = ttAge();
-      e.flags = std::uint8_t((e.flags & ~TtWeakUpper) | TtUpper);
-      return;
-    }
+  const std::uint32_t check = ttCheck(key);
+  const std::uint8_t d = depthByte(depth);
+  if (TtEntry* e = firstUpdatable(bucket, check,
+                                  [d](const TtEntry& x) { return !(x.flags & TtExact) && x.depthUpper <= d; })) {
+    e->depthUpper = d;
+    e->valueUpper = std::int16_t(value);
+    e->age = ttAge();
+    e->flags = std::uint8_t((e->flags & ~TtWeakUpper) | TtUpper);
+    return;
   }
-  TtEntry& e = *victim(bucket);
-  e.key = check;
-  e.flags = TtUpper;
-  e.age = ttAge();
-  e.depthUpper = d;
-  e.depthLower = 0;
-  e.valueLower = 0;
-  e.valueUpper = std::int16_t(value);
-  e.move = 0;
+  writeEntry(*victim(bucket), check, TtUpper, d, 0, 0, value, NoMove);
 }
 
 void storeWeakUpper(Key key, int depth, int value) {
   TtEntry* bucket = ttBucket(key);
-  std::uint32_t check = ttCheck(key);
-  std::uint8_t d = depthByte(depth);
-  for (int i = 0; i < TtBucketEntries; ++i) {
-    TtEntry& e = bucket[i];
-    if (e.key == check && (e.depthUpper == 0 || (e.flags & TtWeakUpper)) && e.depthUpper <= d) {
-      e.flags |= TtUpper | TtWeakUpper;
-      e.valueUpper = std::int16_t(value);
-      e.age = ttAge();
-      e.depthUpper = d;
-      return;
-    }
+  const std::uint32_t check = ttCheck(key);
+  const std::uint8_t d = depthByte(depth);
+  if (TtEntry* e = firstUpdatable(bucket, check, [d](const TtEntry& x) {
+        return (x.depthUpper == 0 || (x.flags & TtWeakUpper)) && x.depthUpper <= d;
+      })) {
+    e->flags |= TtUpper | TtWeakUpper;
+    e->valueUpper = std::int16_t(value);
+    e->age = ttAge();
+    e->depthUpper = d;
+    return;
   }
-  TtEntry& e = *victim(bucket);
-  e.key = check;
-  e.flags = TtUpper | TtWeakUpper;
-  e.age = ttAge();
-  e.depthUpper = d;
-  e.depthLower = 0;
-  e.valueLower = 0;
-  e.valueUpper = std::int16_t(value);
-  e.move = 0;
+  writeEntry(*victim(bucket), check, TtUpper | TtWeakUpper, d, 0, 0, value, NoMove);
 }
 
 void storeWeakLower(Key key, int depth, int value, Move move) {
   TtEntry* bucket = ttBucket(key);
-  std::uint32_t check = ttCheck(key);
-  std::uint8_t d = depthByte(depth);
-  for (int i = 0; i < TtBucketEntries; ++i) {
-    TtEntry& e = bucket[i];
-    if (e.key == check && !(e.flags & TtExact) &&
-        (e.depthLower == 0 || (e.flags & TtWeakLower)) && e.depthLower <= d) {
-      e.flags |= TtLower | TtWeakLower;
-      e.valueLower = std::int16_t(value);
-      e.age = ttAge();
-      e.depthLower = d;
-      if (move) e.move = move & 0x7FFF;
-      return;
-    }
+  const std::uint32_t check = ttCheck(key);
+  const std::uint8_t d = depthByte(depth);
+  if (TtEntry* e = firstUpdatable(bucket, check, [d](const TtEntry& x) {
+        return !(x.flags & TtExact) && (x.depthLower == 0 || (x.flags & TtWeakLower)) && x.depthLower <= d;
+      })) {
+    e->flags |= TtLower | TtWeakLower;
+    e->valueLower = std::int16_t(value);
+    e->age = ttAge();
+    e->depthLower = d;
+    if (move) e->move = std::uint16_t(move & 0x7FFF);
+    return;
   }
-  TtEntry& e = *victim(bucket);
-  e.key = check;
-  e.flags = TtLower | TtWeakLower;
-  e.age = ttAge();
-  e.depthLower = d;
-  e.depthUpper = 0;
-  e.valueUpper = 0;
-  e.valueLower = std::int16_t(value);
-  e.move = move & 0x7FFF;
+  writeEntry(*victim(bucket), check, TtLower | TtWeakLower, 0, d, value, 0, move);
 }
 
 void storeExact(Key key, int depth, int score, Move move) {
-  std::uint8_t d = depthByte(depth);
+  const std::uint8_t d = depthByte(depth);
 
   // 1. The PV table: the same key is overwritten whatever its depth.
   PvEntry* pv = pvBucket(key);
@@ -173,42 +166,25 @@ void storeExact(Key key, int depth, int score, Move move) {
   }
   slot->depth = d;
   slot->score = score;
-  slot->move = move & 0x7FFF;
+  slot->move = std::uint16_t(move & 0x7FFF);
   slot->age = ttAge();
 
   // 2. The main table, then 3. wipe later entries of the same key that this one supersedes.
   TtEntry* bucket = ttBucket(key);
-  std::uint32_t check = ttCheck(key);
-  for (int i = 0; i < TtBucketEntries; ++i) {
-    TtEntry& e = bucket[i];
-    if (e.key == check && std::max(e.depthLower, e.depthUpper) <= d) {
-      e.depthLower = e.depthUpper = d;
-      e.valueLower = e.valueUpper = std::int16_t(score);
-      e.move = move & 0x7FFF;
-      e.age = ttAge();
-      e.flags = TtExact;
-      for (int j = i + 1; j < TtBucketEntries; ++j) {
-        TtEntry& later = bucket[j];
-        if (later.key == check && std::max(later.depthLower, later.depthUpper) <= d) {
-          later.key = 0;
-          later.valueLower = later.valueUpper = 0;
-          later.depthLower = later.depthUpper = 0;
-          later.flags = 0;
-          later.move = 0;
-          later.age = ttAge() ^ 128;
-        }
+  const std::uint32_t check = ttCheck(key);
+  auto supersededBy = [d](const TtEntry& x) { return std::max(x.depthLower, x.depthUpper) <= d; };
+  if (TtEntry* e = firstUpdatable(bucket, check, supersededBy)) {
+    writeEntry(*e, check, TtExact, d, d, score, score, move);
+    for (TtEntry* later = e + 1; later < bucket + TtBucketEntries; ++later) {
+      if (later->key == check && supersededBy(*later)) {
+        writeEntry(*later, 0, 0, 0, 0, 0, 0, NoMove);
+        later->age = ttAge() ^ 128;   // the stalest entry: the first to go
       }
-      return;
     }
+    return;
   }
   // 4. No entry could take it: the victim does.
-  TtEntry& e = *victim(bucket);
-  e.key = check;
-  e.flags = TtExact;
-  e.age = ttAge();
-  e.depthLower = e.depthUpper = d;
-  e.valueLower = e.valueUpper = std::int16_t(score);
-  e.move = move & 0x7FFF;
+  writeEntry(*victim(bucket), check, TtExact, d, d, score, score, move);
 }
 
 }  // namespace tavrin

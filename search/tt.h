@@ -40,6 +40,7 @@ struct TranspositionTable {
   std::uint64_t entryCount = 0;
   std::uint64_t indexMask = 0;     // entryCount - 4: a power of two less 4 only for power-of-two sizes
   std::uint64_t searchAge = 0;     // the low byte is what entries store
+  bool clean = false;              // nothing stored since the last clear: clearing again is a no-op
 };
 extern TranspositionTable Tt;
 
