@@ -5,14 +5,11 @@ namespace tavrin {
 
 template <Color Us>
 int cutNode(Position& pos, int beta, int depth) {
-  // Steps 1-4. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition.
-  int score;
-  if (nodePrelude(pos, beta, score)) return score;
-
-  // Step 5. Table probe.
+  // Steps 1-5. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition, table probe.
   const Key key = pos.st().key;
   Move ttMove = 0;
-  if (probeNode(pos, key, depth, beta, ttMove, score)) return score;
+  int score;
+  if (nodeOpening(pos, key, beta, depth, ttMove, score)) return score;
   bestMoveSlot(pos) = ttMove;
 
   // Step 6. Null move (permission bit 1).

@@ -1,6 +1,7 @@
 // Steps shared by the deep null-window members (cut, all and exclusion nodes): the null move
 // with its verification, razoring of the move list, and the move loop with its prunings,
-// reductions, history and killer updates and table stores.
+// reductions, history and killer updates and table stores; and the cut-off bookkeeping and the
+// exchange-futility test that the shallow and PV members use too.
 #pragma once
 
 #include <algorithm>
@@ -62,6 +63,26 @@ inline bool nullMoveStep(Position& pos, int beta, int depth, Move ttMove, Move e
   return true;
 }
 
+// The bookkeeping of a cut-off by m: a quiet move earns its history bonus and a killer slot; m
+// fills the best-move slot.
+inline void recordCutoff(Position& pos, Move m, int piece, int depth, bool quiet) {
+  if (quiet) {
+    historyBonus(piece, moveTo(m), depth);
+    updateKillers(pos.st(), m);
+  }
+  bestMoveSlot(pos) = m;
+}
+
+// Exchange futility's move test: a quiet move that loses the exchange, unless it goes to the line's
+// last target or to a check-candidate square or the picker marked it safe.
+template <Color Us>
+inline bool futileExchange(const Position& pos, MoveWord w) {
+  const Move m = wordMove(w);
+  const int to = moveTo(m);
+  return to != pos.search.lastTarget && !(pos.st().checkCandidates & bit(to)) && !(w & 0x8000) &&
+         exchangeLoses<Us>(pos, m);
+}
+
 // Step 9. Razoring: how far the static evaluation lies below beta decides the picker's start.
 // Returns 0 (normal sequence), 1 (reduced sequence) or 2 (reduced, without pawn captures).
 inline int razorLevel(int eval, int beta, int depth, int offset) {
@@ -81,7 +102,6 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
   StateEntry& st = pos.st();
   const int eval = st.staticEval;
   const bool prunable = depth < params::PrunableDepth;
-  const Move ownPrevious = pos.state[-1].move;
 
   MovePicker mp;
   if (razor) {
@@ -113,9 +133,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
     const int from = moveFrom(m), to = moveTo(m);
     const bool quietStage = mp.inQuietStage();
 
-    // Reversal: the exact way back of the side's own previous move.
-    if (beta > 0 && st.rule50 >= 2 && from == moveTo(ownPrevious) && to == moveFrom(ownPrevious) &&
-        pos.board[to] == NoPiece) {
+    if (isReversal(pos, from, to, beta)) {
       ++n, threshold += params::FutilityStep;
       continue;
     }
@@ -129,8 +147,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
       }
       // Exchange futility: a quiet move that loses material when the node is not far ahead.
       if (eval + (params::ExchangeMarginShift << (depth - 6)) < beta + params::ExchangeFutilityBase &&
-          to != pos.search.lastTarget && !(st.checkCandidates & bit(to)) && !(w & 0x8000) &&
-          exchangeLoses<Us>(pos, m)) {
+          futileExchange<Us>(pos, w)) {
         ++n, threshold += params::FutilityStep;
         continue;
       }
@@ -159,14 +176,9 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
         ++n, threshold += params::FutilityStep;
         continue;
       }
-      const int newDepth = depth - 2 + extension;
-      bool done = false;
       // Late-move reduction by floor(log2 k), k the running move counter.
-      if (quietStage && n >= params::LmrMinMoves) {
-        score = -nullWindowChild<Them, ChildRole>(pos, 1 - beta, newDepth - log2Floor(n + 1));
-        done = score < beta;
-      }
-      if (!done) score = -nullWindowChild<Them, ChildRole>(pos, 1 - beta, newDepth);
+      score = lateMoveChild<Us, ChildRole>(pos, beta, depth - 2 + extension,
+                                           quietStage && n >= params::LmrMinMoves, log2Floor(n + 1));
     }
     undoMove<Us>(pos, m);
     ++n, threshold += params::FutilityStep;
@@ -175,11 +187,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
 
     if (score >= beta) {
       // Step 11. Cut-off.
-      if (quiet) {
-        historyBonus(piece, to, depth);
-        updateKillers(st, m);
-      }
-      bestMoveSlot(pos) = m;
+      recordCutoff(pos, m, piece, depth, quiet);
       if constexpr (K == DeepKind::All) storeWeakLower(storeKey, depth, score, m);
       else storeLower(storeKey, depth, score, m);
       return score;
@@ -194,17 +202,6 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
   if constexpr (K == DeepKind::Cut) storeWeakUpper(storeKey, depth, beta - 1);
   else storeUpper(storeKey, depth, beta - 1);
   return beta - 1;
-}
-
-// Steps 1 to 4 of every node: mate distance, the ply guard, the best-move slot, stop and draws.
-// True with the score when the node is decided before its table probe.
-inline bool nodePrelude(Position& pos, int beta, int& score) {
-  if (mateDistancePrune(pos, beta, score)) return true;
-  if (plyExhausted(pos)) { score = pos.st().staticEval; return true; }
-  bestMoveSlot(pos) = 0;
-  if (pos.stopFlag) { score = 0; return true; }
-  if (isRuleDraw(pos)) { score = 0; return true; }
-  return false;
 }
 
 // Step 8. Singular extension of the table move: how many half-plies it earns (0 to 4).

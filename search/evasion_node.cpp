@@ -8,14 +8,11 @@ template <Color Us>
 int evasionNode(Position& pos, int beta, int depth) {
   constexpr Color Them = ~Us;
 
-  // Steps 1-4. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition.
-  int score;
-  if (nodePrelude(pos, beta, score)) return score;
-
-  // Step 5. Table probe.
+  // Steps 1-5. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition, table probe.
   const Key key = pos.st().key;
   Move ttMove = 0;
-  if (probeNode(pos, key, depth, beta, ttMove, score)) return score;
+  int score;
+  if (nodeOpening(pos, key, beta, depth, ttMove, score)) return score;
   bestMoveSlot(pos) = ttMove;
 
   // Step 8. Singular extension of the table move.
@@ -40,15 +37,10 @@ int evasionNode(Position& pos, int beta, int depth) {
     } else if (childInCheck<Them>(pos)) {
       score = -evasionSearch<Them>(pos, 1 - beta, depth - 1);
     } else {
-      const int newDepth = depth - 2 + extension;
-      bool done = false;
       // Late evasions (not captures, not the table move) are reduced by a logarithm of k.
-      if (k >= params::EvasionLmrMinMoves && !capture && m != ttMove) {
-        score = -nullWindowChild<Them, Role::Cut>(pos, 1 - beta,
-                                                  newDepth - (log2Floor(k) - params::EvasionLmrOffset));
-        done = score < beta;
-      }
-      if (!done) score = -nullWindowChild<Them, Role::Cut>(pos, 1 - beta, newDepth);
+      score = lateMoveChild<Us, Role::Cut>(pos, beta, depth - 2 + extension,
+                                           k >= params::EvasionLmrMinMoves && !capture && m != ttMove,
+                                           log2Floor(k) - params::EvasionLmrOffset);
     }
     undoMove<Us>(pos, m);
     if (pos.stopFlag) return 0;

@@ -6,14 +6,12 @@ namespace tavrin {
 
 template <Color Us>
 int excludedNode(Position& pos, int beta, int depth, Move excluded) {
-  // Steps 1-4. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition.
-  int score;
-  if (nodePrelude(pos, beta, score)) return score;
-
-  // Step 5. Table probe under the key mixed with the excluded move's squares.
+  // Steps 1-5. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition, table
+  // probe under the key mixed with the excluded move's squares.
   const Key key = exclusionKey(pos.st().key, excluded);
   Move ttMove = 0;
-  if (probeNode(pos, key, depth, beta, ttMove, score)) return score;
+  int score;
+  if (nodeOpening(pos, key, beta, depth, ttMove, score)) return score;
   if (ttMove == excluded) ttMove = 0;
   bestMoveSlot(pos) = ttMove;
 

@@ -1,7 +1,9 @@
 // The node family of the search: the members of every role for both colours, and the small
-// steps that the roles share (mate-distance pruning, draw returns, the table probe, make with
-// evaluation, child selection, extensions).
+// steps that the roles share (the preludes of mate distance, draws and the table probe, make with
+// evaluation, child selection with the late-move re-search, the reversal test, extensions).
 #pragma once
+
+#include <algorithm>
 
 #include "board/bitboard.h"
 #include "board/zobrist.h"
@@ -32,34 +34,16 @@ int quiesceEvasionBlack(Position& pos, int beta, int depth);
 int pvQuiesceWhite(Position& pos, int alpha, int beta, int depth);
 int pvQuiesceBlack(Position& pos, int alpha, int beta, int depth);
 
-// Compile-time choice of a colour's member.
-template <Color C> inline int pvSearch(Position& p, int a, int b, int d) {
-  if constexpr (C == White) return pvSearchWhite(p, a, b, d); else return pvSearchBlack(p, a, b, d);
-}
-template <Color C> inline int cutSearch(Position& p, int b, int d) {
-  if constexpr (C == White) return cutSearchWhite(p, b, d); else return cutSearchBlack(p, b, d);
-}
-template <Color C> inline int allSearch(Position& p, int b, int d) {
-  if constexpr (C == White) return allSearchWhite(p, b, d); else return allSearchBlack(p, b, d);
-}
-template <Color C> inline int excludedSearch(Position& p, int b, int d, Move x) {
-  if constexpr (C == White) return excludedSearchWhite(p, b, d, x); else return excludedSearchBlack(p, b, d, x);
-}
-template <Color C> inline int shallowSearch(Position& p, int b, int d) {
-  if constexpr (C == White) return shallowSearchWhite(p, b, d); else return shallowSearchBlack(p, b, d);
-}
-template <Color C> inline int evasionSearch(Position& p, int b, int d) {
-  if constexpr (C == White) return evasionSearchWhite(p, b, d); else return evasionSearchBlack(p, b, d);
-}
-template <Color C> inline int quiesce(Position& p, int b, int d) {
-  if constexpr (C == White) return quiesceWhite(p, b, d); else return quiesceBlack(p, b, d);
-}
-template <Color C> inline int quiesceEvasion(Position& p, int b, int d) {
-  if constexpr (C == White) return quiesceEvasionWhite(p, b, d); else return quiesceEvasionBlack(p, b, d);
-}
-template <Color C> inline int pvQuiesce(Position& p, int a, int b, int d) {
-  if constexpr (C == White) return pvQuiesceWhite(p, a, b, d); else return pvQuiesceBlack(p, a, b, d);
-}
+// Compile-time choice of a colour's member: `pvSearch<Them>(...)` calls the instance directly.
+template <Color C> inline constexpr auto pvSearch = C == White ? pvSearchWhite : pvSearchBlack;
+template <Color C> inline constexpr auto cutSearch = C == White ? cutSearchWhite : cutSearchBlack;
+template <Color C> inline constexpr auto allSearch = C == White ? allSearchWhite : allSearchBlack;
+template <Color C> inline constexpr auto excludedSearch = C == White ? excludedSearchWhite : excludedSearchBlack;
+template <Color C> inline constexpr auto shallowSearch = C == White ? shallowSearchWhite : shallowSearchBlack;
+template <Color C> inline constexpr auto evasionSearch = C == White ? evasionSearchWhite : evasionSearchBlack;
+template <Color C> inline constexpr auto quiesce = C == White ? quiesceWhite : quiesceBlack;
+template <Color C> inline constexpr auto quiesceEvasion = C == White ? quiesceEvasionWhite : quiesceEvasionBlack;
+template <Color C> inline constexpr auto pvQuiesce = C == White ? pvQuiesceWhite : pvQuiesceBlack;
 
 // Roles of the deep null-window members, for choosing a child's member.
 enum class Role { Cut, All };
@@ -135,6 +119,39 @@ inline Move probeMove(Key key) {
 // The best-move slot of a node is the next entry's move field.
 inline Move& bestMoveSlot(Position& pos) { return pos.state[1].move; }
 
+// The guards after mate distance: the ply guard, the best-move slot cleared (searches only; the
+// quiescence leaves it alone), stop and draws. True with the score when one decides the node.
+template <bool Quiescence>
+inline bool decidedByGuards(Position& pos, int& score) {
+  if (plyExhausted(pos)) { score = pos.st().staticEval; return true; }
+  if constexpr (!Quiescence) bestMoveSlot(pos) = 0;
+  if (pos.stopFlag) { score = 0; return true; }
+  if (isRuleDraw(pos)) { score = 0; return true; }
+  return false;
+}
+
+// Steps 1 to 4 of the null-window members: mate distance, then the guards. True with the score
+// when the node is decided before its table probe.
+template <bool Quiescence = false>
+inline bool nodePrelude(Position& pos, int beta, int& score) {
+  return mateDistancePrune(pos, beta, score) || decidedByGuards<Quiescence>(pos, score);
+}
+
+// The same for a full window, which mate distance narrows in place.
+template <bool Quiescence = false>
+inline bool pvNodePrelude(Position& pos, int& alpha, int& beta, int& score) {
+  alpha = std::max(alpha, pos.ply - MateScore);
+  beta = std::min(beta, MateScore - pos.ply);
+  if (alpha >= beta) { score = alpha; return true; }
+  return decidedByGuards<Quiescence>(pos, score);
+}
+
+// Steps 1 to 5 of the cut, all, exclusion and evasion members: the prelude, then the table probe
+// under `key`. True with the score when they decide the node.
+inline bool nodeOpening(Position& pos, Key key, int beta, int depth, Move& ttMove, int& score) {
+  return nodePrelude(pos, beta, score) || probeNode(pos, key, depth, beta, ttMove, score);
+}
+
 // Makes the move and evaluates the child with the lazy window around the mover's beta. An
 // illegal move (own king attacked) is taken back at once and false returned.
 template <Color Us>
@@ -174,6 +191,26 @@ inline int nullWindowChild(Position& pos, int beta, int depth) {
   if (depth <= 7) return shallowSearch<Them>(pos, beta, depth);
   if constexpr (R == Role::Cut) return cutSearch<Them>(pos, beta, depth);
   else return allSearch<Them>(pos, beta, depth);
+}
+
+// A null-window child first searched `reduction` shallower when `reduce` holds, and again at full
+// depth unless that already failed low. The score is the mover's.
+template <Color Us, Role R>
+inline int lateMoveChild(Position& pos, int beta, int newDepth, bool reduce, int reduction) {
+  constexpr Color Them = ~Us;
+  if (reduce) {
+    const int score = -nullWindowChild<Them, R>(pos, 1 - beta, newDepth - reduction);
+    if (score < beta) return score;
+  }
+  return -nullWindowChild<Them, R>(pos, 1 - beta, newDepth);
+}
+
+// Reversal, pruned where beta is above 0: the exact way back of the side's own previous move onto an
+// empty square, with the last two plies reversible.
+inline bool isReversal(const Position& pos, int from, int to, int beta) {
+  const Move ownPrevious = pos.state[-1].move;
+  return beta > 0 && pos.st().rule50 >= 2 && from == moveTo(ownPrevious) && to == moveFrom(ownPrevious) &&
+         pos.board[to] == NoPiece;
 }
 
 // A pawn advancing to relative rank minRank or beyond with no enemy pawn ahead of it on its own

@@ -13,16 +13,9 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
   // At the horizon the PV quiescence takes over (a side in check still gets its evasions).
   if (depth <= 1 && !inCheck) return pvQuiesce<Us>(pos, alpha, beta, 0);
 
-  // Step 1. Mate-distance pruning; the ply guard.
-  alpha = std::max(alpha, pos.ply - MateScore);
-  beta = std::min(beta, MateScore - pos.ply);
-  if (alpha >= beta) return alpha;
-  if (plyExhausted(pos)) return pos.st().staticEval;
-
-  // Steps 2-4. Best-move slot, stop, fifty-move rule, repetition.
-  bestMoveSlot(pos) = 0;
-  if (pos.stopFlag) return 0;
-  if (isRuleDraw(pos)) return 0;
+  // Steps 1-4. Mate-distance pruning, the ply guard, best-move slot, stop, fifty-move rule, repetition.
+  int score;
+  if (pvNodePrelude(pos, alpha, beta, score)) return score;
 
   // Step 5. The table gives a move only: PV nodes never cut on it.
   const Key key = pos.st().key;
@@ -56,7 +49,6 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
   int best = -MateScore;
   Move bestMove = 0;
   int n = 0;
-  int score;
   for (;;) {
     Move m;
     MoveWord w;
@@ -87,12 +79,8 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
       if (check) {
         score = -evasionSearch<Them>(pos, -alpha, newDepth);
       } else {
-        bool done = false;
-        if (quietStage && n >= params::LmrMinMoves) {
-          score = -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth - log2Floor(n + 1));
-          done = score <= alpha;
-        }
-        if (!done) score = -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth);
+        score = lateMoveChild<Us, Role::Cut>(pos, alpha + 1, newDepth, quietStage && n >= params::LmrMinMoves,
+                                             log2Floor(n + 1));
       }
       if (score > alpha && score < beta) score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
     }
@@ -106,11 +94,7 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
         bestMove = m;
         if (score >= beta) {
           // Step 11. Cut-off.
-          if (quiet && !inCheck) {
-            historyBonus(piece, moveTo(m), depth);
-            updateKillers(st, m);
-          }
-          bestMoveSlot(pos) = m;
+          recordCutoff(pos, m, piece, depth, quiet && !inCheck);
           storeLower(key, depth, score, m);
           return score;
         }

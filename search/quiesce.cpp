@@ -1,29 +1,18 @@
 // Quiescence search of a side not in check: captures with delta pruning, then quiet checks in
 // the first two plies; and the PV quiescence pair that serves the PV nodes at the horizon.
-#include <algorithm>
-
 #include "search/quiesce_common.h"
 
 namespace tavrin {
 
 template <Color Us>
 int quiesceNode(Position& pos, int beta, int depth) {
-  constexpr Color Them = ~Us;
   using picker_detail::selectBest;
 
-  // Step 1. Mate-distance pruning; the ply guard.
+  // Steps 1-3. Mate-distance pruning, the ply guard, stop, fifty-move rule, repetition, table probe.
   int score;
-  if (mateDistancePrune(pos, beta, score)) return score;
-  if (plyExhausted(pos)) return pos.st().staticEval;
-
-  // Step 2. Stop, fifty-move rule, repetition.
-  if (pos.stopFlag) return 0;
-  if (isRuleDraw(pos)) return 0;
-
-  // Step 3. Table probe.
-  const Key key = pos.st().key;
   Move ttMove = 0;
-  if (probeQuiesce(key, beta - 1, beta, ttMove, score)) return score;
+  if (quiescePrelude(pos, beta, ttMove, score)) return score;
+  const Key key = pos.st().key;
 
   // Step 4. Stand pat.
   const int staticEval = pos.st().staticEval;
@@ -38,54 +27,18 @@ int quiesceNode(Position& pos, int beta, int depth) {
   MoveWord* end = genCaptures<Us>(pos, list, targets);
   promoteTableMove(list, end, ttMove);
 
-  // Step 7. Captures by selection.
+  // Steps 7-8. Captures by selection; a cut-off is stored as a lower bound.
   for (MoveWord* cur = list; cur < end; ++cur) {
-    MoveWord w = selectBest(cur, end);
+    const MoveWord w = selectBest(cur, end);
     if (losingCapture<Us>(pos, w)) continue;
-    const Move m = wordMove(w);
-    if (!makeAndEvaluate<Us>(pos, m, beta - params::QuiesceLazyMargin, beta + params::QuiesceLazyMargin))
-      continue;
-    if (pos.st().evalFinal)
-      score = -pos.st().staticEval;
-    else if (childInCheck<Them>(pos))
-      score = -quiesceEvasion<Them>(pos, 1 - beta, depth - 1);
-    else
-      score = -quiesce<Them>(pos, 1 - beta, depth - 1);
-    undoMove<Us>(pos, m);
-    if (pos.stopFlag) return 0;
-    if (score > best) {
-      // Step 8. Cut-off.
-      if (score >= beta) {
-        storeLower(key, params::QuiesceStoreDepth, score, m);
-        return score;
-      }
-      best = score;
-    }
+    if (quiesceMoveDecides<Us>(pos, wordMove(w), key, beta, depth - 1, best, score)) return score;
   }
 
   // Step 9. Quiet checks in the first two quiescence plies.
   if (quietChecksAllowed(staticEval, beta, depth)) {
     end = genQuietChecks<Us>(pos, list);
-    for (MoveWord* cur = list; cur < end; ++cur) {
-      const Move m = wordMove(*cur);
-      if (!makeAndEvaluate<Us>(pos, m, beta - params::QuiesceLazyMargin, beta + params::QuiesceLazyMargin))
-        continue;
-      if (pos.st().evalFinal)
-        score = -pos.st().staticEval;
-      else if (childInCheck<Them>(pos))
-        score = -quiesceEvasion<Them>(pos, 1 - beta, depth - 1);
-      else
-        score = -quiesce<Them>(pos, 1 - beta, depth - 1);
-      undoMove<Us>(pos, m);
-      if (pos.stopFlag) return 0;
-      if (score > best) {
-        if (score >= beta) {
-          storeLower(key, params::QuiesceStoreDepth, score, m);
-          return score;
-        }
-        best = score;
-      }
-    }
+    for (MoveWord* cur = list; cur < end; ++cur)
+      if (quiesceMoveDecides<Us>(pos, wordMove(*cur), key, beta, depth - 1, best, score)) return score;
   }
 
   // Step 10. Every move failed low.
@@ -96,23 +49,15 @@ int quiesceNode(Position& pos, int beta, int depth) {
 // The PV quiescence: the same rules with a full window; exact results are stored as such.
 template <Color Us>
 int pvQuiesceNode(Position& pos, int alpha, int beta, int depth) {
-  constexpr Color Them = ~Us;
   using picker_detail::selectBest;
 
-  // Step 1. Mate-distance pruning; the ply guard.
-  alpha = std::max(alpha, pos.ply - MateScore);
-  beta = std::min(beta, MateScore - pos.ply);
-  if (alpha >= beta) return alpha;
-  if (plyExhausted(pos)) return pos.st().staticEval;
-
-  // Step 2. Stop, fifty-move rule, repetition.
-  if (pos.stopFlag) return 0;
-  if (isRuleDraw(pos)) return 0;
+  // Steps 1-2. Mate-distance pruning, the ply guard, stop, fifty-move rule, repetition.
+  int score;
+  if (pvNodePrelude<true>(pos, alpha, beta, score)) return score;
 
   // Step 3. Table probe.
   const Key key = pos.st().key;
   Move ttMove = 0;
-  int score;
   if (probeQuiesce(key, alpha, beta, ttMove, score)) return score;
 
   // Step 4. Stand pat.
@@ -132,67 +77,45 @@ int pvQuiesceNode(Position& pos, int alpha, int beta, int depth) {
     if (best > alpha) alpha = best;
   }
 
+  // One move with full-window children (null-window evasion children). True when it decides the
+  // node (a stop, or a cut-off, which is stored), the result then in score.
+  auto decides = [&](Move m) {
+    if (!quiesceMove<Us, true>(pos, m, alpha, beta, depth - 1, score)) return false;
+    if (pos.stopFlag) {
+      score = 0;
+      return true;
+    }
+    if (score > best) {
+      best = score;
+      if (score > alpha) {
+        bestMove = m;
+        if (score >= beta) {
+          storeLower(key, params::QuiesceStoreDepth, score, m);
+          return true;
+        }
+        alpha = score;
+      }
+    }
+    return false;
+  };
+
   // Step 6. Captures, the table move first.
   MoveWord list[MaxMoves];
   MoveWord* end = genCaptures<Us>(pos, list, targets);
   promoteTableMove(list, end, ttMove);
 
-  // Step 7. Captures by selection: full-window children, null-window evasion children.
+  // Steps 7-8. Captures by selection; a cut-off is stored as a lower bound.
   for (MoveWord* cur = list; cur < end; ++cur) {
-    MoveWord w = selectBest(cur, end);
+    const MoveWord w = selectBest(cur, end);
     if (losingCapture<Us>(pos, w)) continue;
-    const Move m = wordMove(w);
-    if (!makeAndEvaluate<Us>(pos, m, alpha - params::QuiesceLazyMargin, beta + params::QuiesceLazyMargin))
-      continue;
-    if (pos.st().evalFinal)
-      score = -pos.st().staticEval;
-    else if (childInCheck<Them>(pos))
-      score = -quiesceEvasion<Them>(pos, -alpha, depth - 1);
-    else
-      score = -pvQuiesce<Them>(pos, -beta, -alpha, depth - 1);
-    undoMove<Us>(pos, m);
-    if (pos.stopFlag) return 0;
-    if (score > best) {
-      best = score;
-      if (score > alpha) {
-        bestMove = m;
-        // Step 8. Cut-off.
-        if (score >= beta) {
-          storeLower(key, params::QuiesceStoreDepth, score, m);
-          return score;
-        }
-        alpha = score;
-      }
-    }
+    if (decides(wordMove(w))) return score;
   }
 
   // Step 9. Quiet checks in the first two plies.
   if (quietChecksAllowed(staticEval, alpha + 1, depth)) {
     end = genQuietChecks<Us>(pos, list);
-    for (MoveWord* cur = list; cur < end; ++cur) {
-      const Move m = wordMove(*cur);
-      if (!makeAndEvaluate<Us>(pos, m, alpha - params::QuiesceLazyMargin, beta + params::QuiesceLazyMargin))
-        continue;
-      if (pos.st().evalFinal)
-        score = -pos.st().staticEval;
-      else if (childInCheck<Them>(pos))
-        score = -quiesceEvasion<Them>(pos, -alpha, depth - 1);
-      else
-        score = -pvQuiesce<Them>(pos, -beta, -alpha, depth - 1);
-      undoMove<Us>(pos, m);
-      if (pos.stopFlag) return 0;
-      if (score > best) {
-        best = score;
-        if (score > alpha) {
-          bestMove = m;
-          if (score >= beta) {
-            storeLower(key, params::QuiesceStoreDepth, score, m);
-            return score;
-          }
-          alpha = score;
-        }
-      }
-    }
+    for (MoveWord* cur = list; cur < end; ++cur)
+      if (decides(wordMove(*cur))) return score;
   }
 
   // Step 10. Exact result or upper bound.

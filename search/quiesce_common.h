@@ -1,4 +1,5 @@
-// Steps shared by the quiescence members: the table probe and the delta-pruned target set.
+// Steps shared by the quiescence members: the prelude with its table probe, the delta-pruned
+// target set, the ordering and exchange filters, and the search of one move.
 #pragma once
 
 #include "search/move_picker.h"
@@ -18,6 +19,12 @@ inline bool probeQuiesce(Key key, int alpha, int beta, Move& ttMove, int& score)
     if (e->move && e->depthLower > moveDepth) ttMove = e->move, moveDepth = e->depthLower;
   }
   return false;
+}
+
+// Steps 1 to 3 of the null-window quiescence members: mate distance, the guards (the best-move
+// slot untouched), then the table probe. True with the score when they decide the node.
+inline bool quiescePrelude(Position& pos, int beta, Move& ttMove, int& score) {
+  return nodePrelude<true>(pos, beta, score) || probeQuiesce(pos.st().key, beta - 1, beta, ttMove, score);
 }
 
 // Delta pruning on the target set: captures that cannot lift best to beta are never generated.
@@ -61,6 +68,46 @@ inline bool losingCapture(const Position& pos, MoveWord w) {
 inline bool quietChecksAllowed(int staticEval, int beta, int depth) {
   return depth >= -1 &&
          staticEval >= beta - (params::QuietCheckBase << (depth + 4)) - params::QuietCheckOffset;
+}
+
+// Makes a quiescence move, scores the child for the mover and takes the move back; false when the
+// move is illegal. The child is settled by its final evaluation, or searched by the evasion member
+// when in check (null window at alpha), else by the quiescence (the PV member inside a PV window).
+// A null window is alpha = beta - 1; the lazy evaluation window is the PV window or the one about beta.
+template <Color Us, bool Pv>
+inline bool quiesceMove(Position& pos, Move m, int alpha, int beta, int depth, int& score) {
+  constexpr Color Them = ~Us;
+  const int lazyLower = (Pv ? alpha : beta) - params::QuiesceLazyMargin;
+  if (!makeAndEvaluate<Us>(pos, m, lazyLower, beta + params::QuiesceLazyMargin)) return false;
+  if (pos.st().evalFinal)
+    score = -pos.st().staticEval;
+  else if (childInCheck<Them>(pos))
+    score = -quiesceEvasion<Them>(pos, -alpha, depth);
+  else if constexpr (Pv)
+    score = -pvQuiesce<Them>(pos, -beta, -alpha, depth);
+  else
+    score = -quiesce<Them>(pos, -alpha, depth);
+  undoMove<Us>(pos, m);
+  return true;
+}
+
+// One move of a null-window quiescence member. True when it decides the node (a stop, or a
+// cut-off, which is stored), the result then in score; otherwise best rises to the move's score.
+template <Color Us>
+inline bool quiesceMoveDecides(Position& pos, Move m, Key key, int beta, int depth, int& best, int& score) {
+  if (!quiesceMove<Us, false>(pos, m, beta - 1, beta, depth, score)) return false;
+  if (pos.stopFlag) {
+    score = 0;
+    return true;
+  }
+  if (score > best) {
+    if (score >= beta) {
+      storeLower(key, params::QuiesceStoreDepth, score, m);
+      return true;
+    }
+    best = score;
+  }
+  return false;
 }
 
 }  // namespace tavrin

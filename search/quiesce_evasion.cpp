@@ -7,18 +7,13 @@ namespace tavrin {
 template <Color Us>
 int quiesceEvasionNode(Position& pos, int beta, int depth) {
   using T = ColorTraits<Us>;
-  constexpr Color Them = ~Us;
   using picker_detail::selectBest;
 
-  // Steps 1-3 as in quiescence: mate distance, draws, table probe.
+  // Steps 1-3 as in quiescence: mate distance, the ply guard, stop, draws, table probe.
   int score;
-  if (mateDistancePrune(pos, beta, score)) return score;
-  if (plyExhausted(pos)) return pos.st().staticEval;
-  if (pos.stopFlag) return 0;
-  if (isRuleDraw(pos)) return 0;
-  const Key key = pos.st().key;
   Move ttMove = 0;
-  if (probeQuiesce(key, beta - 1, beta, ttMove, score)) return score;
+  if (quiescePrelude(pos, beta, ttMove, score)) return score;
+  const Key key = pos.st().key;
 
   // Step 4. The evasion set. Far below beta only captures are tried; their value then bounds
   // the node from above, so the best score starts at the estimate instead of a mate.
@@ -43,27 +38,9 @@ int quiesceEvasionNode(Position& pos, int beta, int depth) {
   if (end - list > 1) --depth;
   promoteTableMove(list, end, ttMove);
 
-  // Step 6. Evasions by selection.
-  for (MoveWord* cur = list; cur < end; ++cur) {
-    const Move m = wordMove(selectBest(cur, end));
-    if (!makeAndEvaluate<Us>(pos, m, beta - params::QuiesceLazyMargin, beta + params::QuiesceLazyMargin))
-      continue;
-    if (pos.st().evalFinal)
-      score = -pos.st().staticEval;
-    else if (childInCheck<Them>(pos))
-      score = -quiesceEvasion<Them>(pos, 1 - beta, depth);
-    else
-      score = -quiesce<Them>(pos, 1 - beta, depth);
-    undoMove<Us>(pos, m);
-    if (pos.stopFlag) return 0;
-    if (score > best) {
-      if (score >= beta) {
-        storeLower(key, params::QuiesceStoreDepth, score, m);
-        return score;
-      }
-      best = score;
-    }
-  }
+  // Step 6. Evasions by selection; a cut-off is stored as a lower bound.
+  for (MoveWord* cur = list; cur < end; ++cur)
+    if (quiesceMoveDecides<Us>(pos, wordMove(selectBest(cur, end)), key, beta, depth, best, score)) return score;
 
   // Step 7. Fail low.
   storeUpper(key, params::QuiesceStoreDepth, best);

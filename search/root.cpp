@@ -63,11 +63,20 @@ void maybePrintPv(Position& pos, int depth, int score) {
   if (!Settings.quiet && depth > Settings.minPvDepth) printPvLine(pos, elapsedMicros(), score);
 }
 
-// Root extension: a check, or a pawn reaching its fourth rank with no enemy pawn ahead of it
-// (more generous than the node search's sixth-rank rule, on purpose).
+// Makes the k-th root move with a full-window evaluation, announces it when asked, and returns the
+// depth of its subtree; `check` tells whether it gives check. The root extension: a check, or a
+// pawn reaching its fourth rank with no enemy pawn ahead of it (more generous than the node
+// search's sixth-rank rule, on purpose).
 template <Color Us>
-int rootExtension(const Position& pos, Move m, bool givesCheck) {
-  return givesCheck || isPassedPawnPush<Us>(pos, m, 3) ? 1 : 0;
+int makeRootMove(Position& pos, Move m, int k, int depth, bool& check) {
+  const bool passed = isPassedPawnPush<Us>(pos, m, 3);
+  doMove<Us>(pos, m);
+  evaluate(pos, -32767, 32767, m);
+  pos.st().nullBits = 3;
+  check = childInCheck<~Us>(pos);
+  if (Settings.infoCurrmove && !Settings.quiet && !Limits.nodeLimitFlag && depth >= params::CurrmoveMinDepth)
+    printCurrMove(m, k);
+  return depth - 2 + (check || passed ? 1 : 0);
 }
 
 // The null-window search of a later root move at depth d, by the child-selection rule.
@@ -99,14 +108,8 @@ int rootSearch(Position& pos, int alpha, int beta, int depth) {
   for (int k = 1; RootMoves[k - 1].word; ++k) {
     RootMove& record = RootMoves[k - 1];
     const Move m = recordMove(record);
-    const bool passed = isPassedPawnPush<Us>(pos, m, 3);
-    doMove<Us>(pos, m);
-    evaluate(pos, -32767, 32767, m);
-    pos.st().nullBits = 3;
-    const bool check = childInCheck<Them>(pos);
-    const int d = depth - 2 + (check || passed ? 1 : 0);
-    if (Settings.infoCurrmove && !Settings.quiet && !Limits.nodeLimitFlag && depth >= params::CurrmoveMinDepth)
-      printCurrMove(m, k);
+    bool check;
+    const int d = makeRootMove<Us>(pos, m, k, depth, check);
 
     int score;
     if (best == NoScoreYet || depth == 2) {
@@ -162,14 +165,8 @@ int rootSearchMulti(Position& pos, int, int, int depth) {
   for (int k = 1; k <= count; ++k) {
     RootMove& record = RootMoves[k - 1];
     const Move m = recordMove(record);
-    const bool passed = isPassedPawnPush<Us>(pos, m, 3);
-    doMove<Us>(pos, m);
-    evaluate(pos, -32767, 32767, m);
-    pos.st().nullBits = 3;
-    const bool check = childInCheck<Them>(pos);
-    const int d = depth - 2 + (check || passed ? 1 : 0);
-    if (Settings.infoCurrmove && !Settings.quiet && !Limits.nodeLimitFlag && depth >= params::CurrmoveMinDepth)
-      printCurrMove(m, k);
+    bool check;
+    const int d = makeRootMove<Us>(pos, m, k, depth, check);
 
     int score, floor = -MateScore;
     if (k <= kept || depth == 2) {

@@ -52,7 +52,6 @@ int shallowNode(Position& pos, int beta, int depth) {
   const bool fullSequence = mp.stage == StageTtMove;
 
   // Step 10. Move loop.
-  const Move ownPrevious = pos.state[-1].move;
   const bool hasPieces = hasNonPawnMaterial<Us>(pos);
   int n = razor ? 1 : 0;
   int threshold = beta + params::ShallowFutilityBase;
@@ -61,9 +60,7 @@ int shallowNode(Position& pos, int beta, int depth) {
     const int from = moveFrom(m), to = moveTo(m);
     const bool quietStage = mp.inQuietStage();
 
-    // Reversal: the exact way back of the side's own previous move.
-    if (beta > 0 && st.rule50 >= 2 && from == moveTo(ownPrevious) && to == moveFrom(ownPrevious) &&
-        pos.board[to] == NoPiece) {
+    if (isReversal(pos, from, to, beta)) {
       ++n, threshold += params::FutilityStep;
       continue;
     }
@@ -78,8 +75,7 @@ int shallowNode(Position& pos, int beta, int depth) {
       }
       // Exchange futility.
       if (eval + params::ShallowExchangePerDepth * depth < beta + params::ExchangeFutilityBase &&
-          to != pos.search.lastTarget && !(st.checkCandidates & bit(to)) && !(w & 0x8000) &&
-          exchangeLoses<Us>(pos, m)) {
+          futileExchange<Us>(pos, w)) {
         ++n, threshold += params::FutilityStep;
         continue;
       }
@@ -104,13 +100,8 @@ int shallowNode(Position& pos, int beta, int depth) {
         ++n, threshold += params::FutilityStep;
         continue;
       }
-      const int newDepth = depth - 2 + extension;
-      bool done = false;
-      if (quietStage && n >= params::LmrMinMoves) {
-        score = -nullWindowChild<Them, Role::Cut>(pos, 1 - beta, newDepth - log2Floor(n + 1));
-        done = score < beta;
-      }
-      if (!done) score = -nullWindowChild<Them, Role::Cut>(pos, 1 - beta, newDepth);
+      score = lateMoveChild<Us, Role::Cut>(pos, beta, depth - 2 + extension,
+                                           quietStage && n >= params::LmrMinMoves, log2Floor(n + 1));
     }
     undoMove<Us>(pos, m);
     ++n, threshold += params::FutilityStep;
@@ -119,11 +110,7 @@ int shallowNode(Position& pos, int beta, int depth) {
     if (score > best) {
       if (score >= beta) {
         // Step 11. Cut-off.
-        if (quiet) {
-          historyBonus(piece, to, depth);
-          updateKillers(st, m);
-        }
-        bestMoveSlot(pos) = m;
+        recordCutoff(pos, m, piece, depth, quiet);
         storeLower(key, depth, score, m);
         return score;
       }
