@@ -37,14 +37,45 @@ inline void toggleOccupancy(Position& pos, int sq, Bitboard b) {
   pos.occupiedDiag ^= Rot.setDiag[sq];
 }
 
+// The castling rook of a king arriving on kingTo: its corner and the square the king crosses.
+struct CastlingRook {
+  int corner, inner;
+};
+template <Color Us>
+constexpr CastlingRook castlingRook(int kingTo) {
+  constexpr bool W = Us == White;
+  return kingTo == (W ? G1 : G8) ? CastlingRook{W ? H1 : H8, W ? F1 : F8} : CastlingRook{W ? A1 : A8, W ? D1 : D8};
+}
+
+// Moves an own rook from `off` onto `onto` (castling and its undoing).
+template <Color Us>
+inline void shiftRook(Position& pos, int off, int onto) {
+  using T = ColorTraits<Us>;
+  const Bitboard rookBits = bit(off) | bit(onto);
+  pos.pieces[T::OwnAll] ^= rookBits;
+  pos.pieces[T::OwnRook] ^= rookBits;
+  toggleOccupancy(pos, off, bit(off));
+  toggleOccupancy(pos, onto, bit(onto));
+  pos.board[off] = 0;
+  pos.board[onto] = T::OwnRook;
+}
+
+// Takes the pawn captured en passant off its square, or puts it back when restoring.
+template <Color Us>
+inline void toggleEnPassantVictim(Position& pos, int victimSq, bool restore) {
+  using T = ColorTraits<Us>;
+  const Bitboard victimBit = bit(victimSq);
+  pos.pieces[T::EnemyAll] ^= victimBit;
+  pos.pieces[T::EnemyPawn] ^= victimBit;
+  toggleOccupancy(pos, victimSq, victimBit);
+  pos.board[victimSq] = restore ? T::EnemyPawn : NoPiece;
+}
+
 }  // namespace
 
 template <Color Us>
 void makeMove(Position& pos, Move m) {
   using T = ColorTraits<Us>;
-  constexpr int RookKingSideFrom = Us == White ? H1 : H8, RookKingSideTo = Us == White ? F1 : F8;
-  constexpr int RookQueenSideFrom = Us == White ? A1 : A8, RookQueenSideTo = Us == White ? D1 : D8;
-  constexpr int KingSideTarget = Us == White ? G1 : G8;
   constexpr Bitboard DoublePushRank = Us == White ? Rank4Mask : Rank5Mask;
 
   ++pos.nodes;
@@ -108,17 +139,10 @@ void makeMove(Position& pos, Move m) {
     toggleOccupancy(pos, to, toBit);
     if (kind == CastlingMove) {
       st->rule50 = 0;
-      const int rookFrom = to == KingSideTarget ? RookKingSideFrom : RookQueenSideFrom;
-      const int rookTo = to == KingSideTarget ? RookKingSideTo : RookQueenSideTo;
-      const Bitboard rookBits = bit(rookFrom) | bit(rookTo);
-      pos.pieces[T::OwnAll] ^= rookBits;
-      pos.pieces[T::OwnRook] ^= rookBits;
-      toggleOccupancy(pos, rookFrom, bit(rookFrom));
-      toggleOccupancy(pos, rookTo, bit(rookTo));
-      pos.board[rookFrom] = 0;
-      pos.board[rookTo] = T::OwnRook;
-      st->psqScore += PieceSquare[T::OwnRook][rookTo] - PieceSquare[T::OwnRook][rookFrom];
-      st->key ^= Zobrist.pieceSquare[T::OwnRook][rookFrom] ^ Zobrist.pieceSquare[T::OwnRook][rookTo];
+      const auto [corner, inner] = castlingRook<Us>(to);
+      shiftRook<Us>(pos, corner, inner);
+      st->psqScore += PieceSquare[T::OwnRook][inner] - PieceSquare[T::OwnRook][corner];
+      st->key ^= Zobrist.pieceSquare[T::OwnRook][corner] ^ Zobrist.pieceSquare[T::OwnRook][inner];
     }
   }
 
@@ -130,16 +154,12 @@ void makeMove(Position& pos, Move m) {
     st->rule50 = 0;
     if (kind == EnPassantMove) {
       const int victimSq = to ^ 8;
-      const Bitboard victimBit = bit(victimSq);
-      pos.pieces[T::EnemyAll] ^= victimBit;
-      pos.pieces[T::EnemyPawn] ^= victimBit;
-      toggleOccupancy(pos, victimSq, victimBit);
+      toggleEnPassantVictim<Us>(pos, victimSq, false);
       st->materialKey -= MaterialConstant[T::EnemyPawn];
       st->psqScore -= PieceSquare[T::EnemyPawn][victimSq];
       const Key victim = Zobrist.pieceSquare[T::EnemyPawn][victimSq];
       st->key ^= victim;
       st->pawnKey ^= victim;
-      pos.board[victimSq] = 0;
     } else if (kind >= PromoteKnight) {
       int q = PromotionCode[Us][kind];
       if (kind == PromoteBishop && (DarkSquares & toBit)) ++q;
@@ -164,9 +184,6 @@ void makeMove(Position& pos, Move m) {
 template <Color Us>
 void unmakeMove(Position& pos, Move m) {
   using T = ColorTraits<Us>;
-  constexpr int RookKingSideFrom = Us == White ? H1 : H8, RookKingSideTo = Us == White ? F1 : F8;
-  constexpr int RookQueenSideFrom = Us == White ? A1 : A8, RookQueenSideTo = Us == White ? D1 : D8;
-  constexpr int KingSideTarget = Us == White ? G1 : G8;
 
   const int from = moveFrom(m), to = moveTo(m), kind = moveKind(m);
   const Bitboard fromBit = bit(from), toBit = bit(to);
@@ -198,22 +215,10 @@ void unmakeMove(Position& pos, Move m) {
   } else {
     toggleOccupancy(pos, to, toBit);
     if (kind == CastlingMove) {
-      const int rookFrom = to == KingSideTarget ? RookKingSideFrom : RookQueenSideFrom;
-      const int rookTo = to == KingSideTarget ? RookKingSideTo : RookQueenSideTo;
-      const Bitboard rookBits = bit(rookFrom) | bit(rookTo);
-      pos.pieces[T::OwnAll] ^= rookBits;
-      pos.pieces[T::OwnRook] ^= rookBits;
-      toggleOccupancy(pos, rookFrom, bit(rookFrom));
-      toggleOccupancy(pos, rookTo, bit(rookTo));
-      pos.board[rookTo] = 0;
-      pos.board[rookFrom] = T::OwnRook;
+      const auto [corner, inner] = castlingRook<Us>(to);
+      shiftRook<Us>(pos, inner, corner);
     } else if (kind == EnPassantMove) {
-      const int victimSq = to ^ 8;
-      const Bitboard victimBit = bit(victimSq);
-      pos.pieces[T::EnemyAll] |= victimBit;
-      pos.pieces[T::EnemyPawn] |= victimBit;
-      toggleOccupancy(pos, victimSq, victimBit);
-      pos.board[victimSq] = T::EnemyPawn;
+      toggleEnPassantVictim<Us>(pos, to ^ 8, true);
     }
   }
 

@@ -3,6 +3,7 @@
 #include "board/movegen.h"
 
 #include <climits>
+#include <cstdlib>
 #include <optional>
 
 #include "board/attacks.h"
@@ -90,6 +91,39 @@ inline Bitboard attackedByThem(const StateEntry& st) {
   return Us == White ? st.attackedByBlack : st.attackedByWhite;
 }
 
+// Knight, bishop (light and dark together), rook and queen moves onto targets, in that order.
+template <Color Us>
+inline MoveWord* addPieceMovesOnto(const Position& pos, MoveWord* list, Bitboard targets) {
+  using T = ColorTraits<Us>;
+  const Bitboard* p = pos.pieces;
+  for (Bitboard b = p[T::OwnKnight]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets);
+  }
+  for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, pos.board[from], from, bishopAttacks(from, pos) & targets);
+  }
+  for (Bitboard b = p[T::OwnRook]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets);
+  }
+  for (Bitboard b = p[T::OwnQueen]; b;) {
+    const int from = popLowest(b);
+    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets);
+  }
+  return list;
+}
+
+// The en-passant capture onto e from `from`, when an own pawn stands there on a neighbouring file.
+template <Color Us>
+inline MoveWord* addEnPassant(const Position& pos, MoveWord* list, int from, int e) {
+  using T = ColorTraits<Us>;
+  if (from >= 0 && from < 64 && pos.board[from] == T::OwnPawn && std::abs(fileOf(from) - fileOf(e)) == 1)
+    *list++ = CaptureKey[T::OwnPawn][T::EnemyPawn] | word(from, e, EnPassantMove);
+  return list;
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -103,15 +137,11 @@ MoveWord* generateCaptures(const Position& pos, MoveWord* list, Bitboard targets
   const Bitboard* p = pos.pieces;
 
   // 1. En passant, whatever the targets.
+  // White's pawn from the file-h side comes first, Black's from the file-a side.
   if (const int e = st.epSquare) {
-    const MoveWord key = CaptureKey[T::OwnPawn][T::EnemyPawn];
-    if constexpr (Us == White) {
-      if (e >= 7 && pos.board[e - 7] == WhitePawn && fileOf(e - 7) != 0) *list++ = key | word(e - 7, e, EnPassantMove);
-      if (e >= 9 && pos.board[e - 9] == WhitePawn && fileOf(e - 9) != 7) *list++ = key | word(e - 9, e, EnPassantMove);
-    } else {
-      if (e + 7 < 64 && pos.board[e + 7] == BlackPawn && fileOf(e + 7) != 7) *list++ = key | word(e + 7, e, EnPassantMove);
-      if (e + 9 < 64 && pos.board[e + 9] == BlackPawn && fileOf(e + 9) != 0) *list++ = key | word(e + 9, e, EnPassantMove);
-    }
+    const int fromWest = e - G::UpEast, fromEast = e - G::UpWest;
+    list = addEnPassant<Us>(pos, list, Us == White ? fromEast : fromWest, e);
+    list = addEnPassant<Us>(pos, list, Us == White ? fromWest : fromEast, e);
   }
 
   // 2-9. Only when some piece of ours attacks a target at all.
@@ -127,22 +157,7 @@ MoveWord* generateCaptures(const Position& pos, MoveWord* list, Bitboard targets
       const int to = popLowest(b);
       *list++ = pawnKeys[pos.board[to]] | word(to - G::UpEast, to);
     }
-    for (Bitboard b = p[T::OwnKnight]; b;) {
-      const int from = popLowest(b);
-      list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets);
-    }
-    for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
-      const int from = popLowest(b);
-      list = addPieceMoves(pos, list, pos.board[from], from, bishopAttacks(from, pos) & targets);
-    }
-    for (Bitboard b = p[T::OwnRook]; b;) {
-      const int from = popLowest(b);
-      list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets);
-    }
-    for (Bitboard b = p[T::OwnQueen]; b;) {
-      const int from = popLowest(b);
-      list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets);
-    }
+    list = addPieceMovesOnto<Us>(pos, list, targets);
     const int k = pos.kingSquare(Us);
     list = addPieceMoves(pos, list, T::OwnKing, k, kingAttacks(k) & targets);
   }
@@ -217,13 +232,9 @@ MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask) {
   }
 
   if (const int e = st.epSquare; e && (targets & bit(e - G::Up))) {
-    // The checker is the pawn that just made its double step.
-    const MoveWord key = pawnKeys[T::EnemyPawn];
-    const int fromWest = e - G::UpEast, fromEast = e - G::UpWest;
-    if (fromWest >= 0 && fromWest < 64 && fileOf(fromWest) != 7 && pos.board[fromWest] == T::OwnPawn)
-      *list++ = key | word(fromWest, e, EnPassantMove);
-    if (fromEast >= 0 && fromEast < 64 && fileOf(fromEast) != 0 && pos.board[fromEast] == T::OwnPawn)
-      *list++ = key | word(fromEast, e, EnPassantMove);
+    // The checker is the pawn that just made its double step; the file-a side first.
+    list = addEnPassant<Us>(pos, list, e - G::UpEast, e);
+    list = addEnPassant<Us>(pos, list, e - G::UpWest, e);
   }
 
   const Bitboard empty = ~pos.occupied;
@@ -237,22 +248,7 @@ MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask) {
     *list++ = pawnKeys[0] | word(to - 2 * G::Up, to);
   }
 
-  for (Bitboard b = p[T::OwnKnight]; b;) {
-    const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets);
-  }
-  for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
-    const int from = popLowest(b);
-    list = addPieceMoves(pos, list, pos.board[from], from, bishopAttacks(from, pos) & targets);
-  }
-  for (Bitboard b = p[T::OwnRook]; b;) {
-    const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets);
-  }
-  for (Bitboard b = p[T::OwnQueen]; b;) {
-    const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets);
-  }
+  list = addPieceMovesOnto<Us>(pos, list, targets);
   *list = 0;
   return list;
 }
