@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "board/legality.h"
-#include "board_test_support.h"
+#include "tests/test_support.h"
 
 namespace tavrin::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <random>
 
 #include "board/perft.h"
-#include "board_test_support.h"
+#include "tests/test_support.h"
 
 namespace tavrin::test {
 namespace {
@@ -60,11 +60,7 @@ TEST(Fen, MutatedTextsNeverBreakTheBoard) {
   const std::string seeds[] = {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
                                "4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 2"};
   const std::string alphabet = "pnbrqkPNBRQK12345678/ wb-KQkqabcdefgh09";
-#ifdef TAVRIN_SANITIZED
-  const int tries = 400;
-#else
-  const int tries = 4000;
-#endif
+  const int tries = scaled(4000, 400);
   for (int i = 0; i < tries; ++i) {
     std::string s = seeds[i % 2];
     for (int edits = 1 + int(rng() % 4); edits > 0; --edits) {

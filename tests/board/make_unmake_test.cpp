@@ -7,17 +7,13 @@
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/zobrist.h"
-#include "board_test_support.h"
+#include "tests/test_support.h"
 #include "eval/attack_summary.h"
 
 namespace tavrin::test {
 namespace {
 
-#ifdef TAVRIN_SANITIZED
-constexpr int Games = 60;
-#else
-constexpr int Games = 1000;
-#endif
+constexpr int Games = scaled(1000, 60);
 
 struct Snapshot {
   std::uint8_t board[64];

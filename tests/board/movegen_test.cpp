@@ -9,17 +9,13 @@
 
 #include "board/legality.h"
 #include "board/make_move.h"
-#include "board_test_support.h"
+#include "tests/test_support.h"
 #include "eval/attack_summary.h"
 
 namespace tavrin::test {
 namespace {
 
-#ifdef TAVRIN_SANITIZED
-constexpr int Games = 12;
-#else
-constexpr int Games = 250;
-#endif
+constexpr int Games = scaled(250, 12);
 
 template <typename Generate>
 std::vector<Move> generated(Generate generate) {

@@ -2,20 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "board/perft.h"
-#include "board_test_support.h"
+#include "tests/test_support.h"
 
 namespace tavrin::test {
 namespace {
 
-#ifdef TAVRIN_SANITIZED
-constexpr std::uint64_t BulkLeafBudget = 200000;   // largest count checked per depth
-constexpr int MadeDepth = 2;
-constexpr int MirrorDepth = 3;
-#else
-constexpr std::uint64_t BulkLeafBudget = ~std::uint64_t(0);
-constexpr int MadeDepth = 4;
-constexpr int MirrorDepth = 4;
-#endif
+constexpr std::uint64_t BulkLeafBudget = scaled(~std::uint64_t(0), std::uint64_t(200000));   // largest count checked per depth
+constexpr int MadeDepth = scaled(4, 2);
+constexpr int MirrorDepth = scaled(4, 3);
 
 TEST(Perft, SuiteCountsWithBulkCounting) {
   BoardFixture f;

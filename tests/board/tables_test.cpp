@@ -5,7 +5,7 @@
 #include "board/bitboard.h"
 #include "board/make_move.h"
 #include "board/zobrist.h"
-#include "board_test_support.h"
+#include "tests/test_support.h"
 #include "eval/psq_tables.h"
 
 namespace tavrin::test {

@@ -14,6 +14,7 @@
 #include "search/tt.h"
 #include "uci/globals.h"
 #include "uci/output.h"
+#include "tests/test_support.h"
 
 namespace tavrin::test {
 
@@ -36,11 +37,6 @@ inline SearchOutcome searchFen(const std::string& fen, int depth) {
   r.ok = benchSearch(fen.c_str(), depth, r.nodes, r.best);
   r.score = Root.bestScore;
   return r;
-}
-
-inline std::string text(Move m) {
-  char buf[8];
-  return moveText(m, buf);
 }
 
 }  // namespace tavrin::test

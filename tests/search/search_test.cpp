@@ -9,11 +9,7 @@
 namespace tavrin::test {
 namespace {
 
-#ifdef TAVRIN_SANITIZED
-constexpr int RandomPositions = 12;
-#else
-constexpr int RandomPositions = 200;
-#endif
+constexpr int RandomPositions = scaled(200, 12);
 
 TEST(SearchResults, MatesFromEitherSide) {
   const struct {

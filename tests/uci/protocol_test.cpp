@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/test_support.h"
 #include "tests/uci/engine_process.h"
 
 using tavrin::test::EngineProcess;
@@ -13,11 +14,7 @@ namespace {
 
 constexpr int Reply = 10000;      // generous: a loaded machine or the sanitizer build
 // Answers that must come while a search runs; the instrumented build searches far slower.
-#ifdef TAVRIN_SANITIZED
-constexpr int Prompt = 2000;
-#else
-constexpr int Prompt = 500;
-#endif
+constexpr int Prompt = tavrin::test::scaled(500, 2000);
 
 const std::vector<std::string> Banner = {
     "Tavrin 1.4 by Tavrin developers ",
@@ -57,6 +54,15 @@ void expectAlive(EngineProcess& e) {
 void expectCleanEnd(EngineProcess& e) {
   e.closeInput();
   EXPECT_EQ(e.waitExit(Reply), 0);
+}
+
+// A position without a legal move, or one the engine refuses, is answered with the null move.
+void expectNullMoveAnswer(const char* fen) {
+  EngineProcess e;
+  e.sendLine(std::string("position fen ") + fen);
+  e.sendLine("go depth 3");
+  EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000") << fen;
+  expectCleanEnd(e);
 }
 
 }  // namespace
@@ -176,13 +182,7 @@ TEST(Protocol, UnplayablePositionsAnswerTheNullMove) {
       "4k3/8/8/8/8/8/4R3/4K3 w - - 0 1",            // the side not to move is in check
       "garbage",
   };
-  for (const char* fen : fens) {
-    EngineProcess e;
-    e.sendLine(std::string("position fen ") + fen);
-    e.sendLine("go depth 3");
-    EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000") << fen;
-    expectCleanEnd(e);
-  }
+  for (const char* fen : fens) expectNullMoveAnswer(fen);
 }
 
 TEST(Protocol, QuitEndsAtOnce) {
@@ -349,13 +349,7 @@ TEST(ProtocolSearch, MatedAndStalematePositions) {
       "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3",   // White is mated
       "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1",                                 // Black is stalemated
   };
-  for (const char* fen : fens) {
-    EngineProcess e;
-    e.sendLine(std::string("position fen ") + fen);
-    e.sendLine("go depth 3");
-    EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000") << fen;
-    expectCleanEnd(e);
-  }
+  for (const char* fen : fens) expectNullMoveAnswer(fen);
 }
 
 TEST(ProtocolSearch, InputEndingDuringASearchStillGetsTheAnswer) {

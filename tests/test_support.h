@@ -1,10 +1,15 @@
-// Shared set-up for the board tests: tables built once, positions from FEN, colour mirrors.
+// Set-up shared by the test folders: workloads scaled for the sanitizer build, board tables built
+// once, positions with their own state stack, FEN colour mirrors, the perft suite, move lists.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <cctype>
+#include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "board/attacks.h"
@@ -12,8 +17,22 @@
 #include "board/movegen.h"
 #include "board/position.h"
 #include "eval/psq_tables.h"
+#include "uci/output.h"
 
 namespace tavrin::test {
+
+// The size of a heavy test's workload: the full one in the optimised build, the reduced one
+// under the sanitizers, which run every test far slower.
+template <typename N>
+constexpr N scaled(N full, N sanitized) {
+#ifdef TAVRIN_SANITIZED
+  (void)full;
+  return sanitized;
+#else
+  (void)sanitized;
+  return full;
+#endif
+}
 
 inline void ensureBoardTables() {
   static bool built = false;
@@ -44,9 +63,8 @@ struct BoardFixture {
   }
 };
 
-// The colour mirror of a FEN: board flipped top to bottom, colours, side, rights and en-passant
-// square swapped.
-inline std::string mirrorFen(const std::string& fen) {
+// The blank-separated fields of a FEN.
+inline std::vector<std::string> splitFields(const std::string& fen) {
   std::vector<std::string> fields;
   std::string field;
   for (char c : fen) {
@@ -57,31 +75,36 @@ inline std::string mirrorFen(const std::string& fen) {
     }
   }
   if (!field.empty()) fields.push_back(field);
-  auto swapCase = [](std::string s) {
-    for (char& c : s) c = char(std::islower(static_cast<unsigned char>(c)) ? std::toupper(c) : std::tolower(c));
-    return s;
-  };
-  std::vector<std::string> ranks;
-  std::string rank;
-  for (char c : fields[0]) {
-    if (c == '/') ranks.push_back(rank), rank.clear();
-    else rank += c;
-  }
-  ranks.push_back(rank);
+  return fields;
+}
+
+inline std::string swapCase(std::string s) {
+  for (char& c : s) c = char(std::islower(static_cast<unsigned char>(c)) ? std::toupper(c) : std::tolower(c));
+  return s;
+}
+
+// The colour mirror of a FEN: board flipped top to bottom, colours, side, rights and en-passant
+// square swapped; the move counters kept.
+inline std::string mirrorFen(const std::string& fen) {
+  const std::vector<std::string> f = splitFields(fen);
+  std::vector<std::string> ranks{""};
+  for (char c : f[0]) c == '/' ? ranks.push_back("") : void(ranks.back() += c);
   std::string board;
-  for (auto it = ranks.rbegin(); it != ranks.rend(); ++it) board += (board.empty() ? "" : "/") + swapCase(*it);
-  std::string side = fields[1] == "w" ? "b" : "w";
+  for (auto it = ranks.rbegin(); it != ranks.rend(); ++it) {
+    if (!board.empty()) board += '/';
+    board += swapCase(*it);
+  }
   std::string castle = "-";
-  if (fields[2] != "-") {
+  if (f[2] != "-") {
     castle.clear();
     for (char c : std::string("KQkq"))
-      if (fields[2].find(char(std::islower(c) ? std::toupper(c) : std::tolower(c))) != std::string::npos) castle += c;
+      if (f[2].find(swapCase(std::string(1, c))[0]) != std::string::npos) castle += c;
   }
-  std::string ep = fields[3];
+  std::string ep = f[3];
   if (ep != "-") ep[1] = char('1' + ('8' - ep[1]));
   std::string rest;
-  for (std::size_t i = 4; i < fields.size(); ++i) rest += " " + fields[i];
-  return board + " " + side + " " + castle + " " + ep + rest;
+  for (std::size_t i = 4; i < f.size(); ++i) rest += " " + f[i];
+  return board + " " + (f[1] == "w" ? "b" : "w") + " " + castle + " " + ep + rest;
 }
 
 struct EpdLine {
@@ -89,6 +112,7 @@ struct EpdLine {
   std::vector<std::pair<int, std::uint64_t>> counts;  // depth, leaves
 };
 
+// The perft suite: each line a FEN followed by ";D<depth> <leaves>" fields.
 inline std::vector<EpdLine> readPerftEpd() {
   std::vector<EpdLine> lines;
   std::ifstream in(std::string(TAVRIN_DATA_DIR) + "/perft.epd");
@@ -112,6 +136,12 @@ inline std::vector<Move> movesOf(const MoveWord* begin, const MoveWord* end) {
   std::vector<Move> moves;
   for (const MoveWord* w = begin; w != end; ++w) moves.push_back(moveOf(*w));
   return moves;
+}
+
+// A move in coordinate notation, as the engine prints it.
+inline std::string text(Move m) {
+  char buf[8];
+  return moveText(m, buf);
 }
 
 }  // namespace tavrin::test
