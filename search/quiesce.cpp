@@ -6,8 +6,6 @@ namespace tavrin {
 
 template <Color Us>
 int quiesceNode(Position& pos, int beta, int depth) {
-  using picker_detail::selectBest;
-
   // Steps 1-3. Mate-distance pruning, the ply guard, stop, fifty-move rule, repetition, table probe.
   int score;
   Move ttMove = 0;
@@ -22,24 +20,13 @@ int quiesceNode(Position& pos, int beta, int depth) {
   // Step 5. Delta pruning by target set.
   Bitboard targets = quiesceTargets<Us>(pos, beta, best);
 
-  // Step 6. Captures of the remaining targets, the table move first.
-  MoveWord list[MaxMoves];
-  MoveWord* end = genCaptures<Us>(pos, list, targets);
-  promoteTableMove(list, end, ttMove);
-
-  // Steps 7-8. Captures by selection; a cut-off is stored as a lower bound.
-  for (MoveWord* cur = list; cur < end; ++cur) {
-    const MoveWord w = selectBest(cur, end);
-    if (losingCapture<Us>(pos, w)) continue;
-    if (quiesceMoveDecides<Us>(pos, wordMove(w), key, beta, depth - 1, best, score)) return score;
-  }
-
-  // Step 9. Quiet checks in the first two quiescence plies.
-  if (quietChecksAllowed(staticEval, beta, depth)) {
-    end = genQuietChecks<Us>(pos, list);
-    for (MoveWord* cur = list; cur < end; ++cur)
-      if (quiesceMoveDecides<Us>(pos, wordMove(*cur), key, beta, depth - 1, best, score)) return score;
-  }
+  // Steps 6-9. Captures of the remaining targets by selection, the table move first, then quiet
+  // checks in the first two quiescence plies; a cut-off is stored as a lower bound.
+  if (quiesceMoves<Us>(
+          pos, targets, ttMove,
+          [&](Move m) { return quiesceMoveDecides<Us>(pos, m, key, beta, depth - 1, best, score); },
+          [&] { return quietChecksAllowed(staticEval, beta, depth); }))
+    return score;
 
   // Step 10. Every move failed low.
   storeUpper(key, params::QuiesceStoreDepth, best);
@@ -49,8 +36,6 @@ int quiesceNode(Position& pos, int beta, int depth) {
 // The PV quiescence: the same rules with a full window; exact results are stored as such.
 template <Color Us>
 int pvQuiesceNode(Position& pos, int alpha, int beta, int depth) {
-  using picker_detail::selectBest;
-
   // Steps 1-2. Mate-distance pruning, the ply guard, stop, fifty-move rule, repetition.
   int score;
   if (pvNodePrelude<true>(pos, alpha, beta, score)) return score;
@@ -99,24 +84,10 @@ int pvQuiesceNode(Position& pos, int alpha, int beta, int depth) {
     return false;
   };
 
-  // Step 6. Captures, the table move first.
-  MoveWord list[MaxMoves];
-  MoveWord* end = genCaptures<Us>(pos, list, targets);
-  promoteTableMove(list, end, ttMove);
-
-  // Steps 7-8. Captures by selection; a cut-off is stored as a lower bound.
-  for (MoveWord* cur = list; cur < end; ++cur) {
-    const MoveWord w = selectBest(cur, end);
-    if (losingCapture<Us>(pos, w)) continue;
-    if (decides(wordMove(w))) return score;
-  }
-
-  // Step 9. Quiet checks in the first two plies.
-  if (quietChecksAllowed(staticEval, alpha + 1, depth)) {
-    end = genQuietChecks<Us>(pos, list);
-    for (MoveWord* cur = list; cur < end; ++cur)
-      if (decides(wordMove(*cur))) return score;
-  }
+  // Steps 6-9. Captures by selection, the table move first, then quiet checks in the first two
+  // plies, measured against the lower edge of the window as it then stands.
+  if (quiesceMoves<Us>(pos, targets, ttMove, decides, [&] { return quietChecksAllowed(staticEval, alpha + 1, depth); }))
+    return score;
 
   // Step 10. Exact result or upper bound.
   if (bestMove && best > alphaIn)

@@ -110,4 +110,25 @@ inline bool quiesceMoveDecides(Position& pos, Move m, Key key, int beta, int dep
   return false;
 }
 
+// Steps 6 to 9 of the quiescence members: the captures of the targets by selection, the table
+// move first and losing captures skipped, then the quiet checks when checksAllowed() says so (asked
+// after the captures, whose results may have moved the window). `decides` searches one move and
+// tells whether it ended the node; true when one did.
+template <Color Us, class Decides, class ChecksAllowed>
+inline bool quiesceMoves(Position& pos, Bitboard targets, Move ttMove, Decides decides, ChecksAllowed checksAllowed) {
+  MoveWord list[MaxMoves];
+  MoveWord* end = genCaptures<Us>(pos, list, targets);
+  promoteTableMove(list, end, ttMove);
+  for (MoveWord* cur = list; cur < end; ++cur) {
+    const MoveWord w = picker_detail::selectBest(cur, end);
+    if (losingCapture<Us>(pos, w)) continue;
+    if (decides(wordMove(w))) return true;
+  }
+  if (!checksAllowed()) return false;
+  end = genQuietChecks<Us>(pos, list);
+  for (MoveWord* cur = list; cur < end; ++cur)
+    if (decides(wordMove(*cur))) return true;
+  return false;
+}
+
 }  // namespace tavrin
