@@ -92,10 +92,9 @@ struct Lcg {
 TEST(SearchResults, NeverReturnsAnIllegalMove) {
   initEngineForTests();
   Lcg rng{20261122};
-  Position scratch;
-  initPosition(scratch);
+  BoardFixture f;
   for (int game = 0; game < RandomPositions; ++game) {
-    ASSERT_TRUE(setFromFen(scratch, "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"));
+    Position& scratch = f.set("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
     const int plies = 4 + int(rng.next() % 60);
     for (int i = 0; i < plies; ++i) {
       MoveWord list[MaxMoves];
