@@ -105,21 +105,7 @@ bool setFromFen(Position& pos, const char* fen) {
     if (*s && !readNumber(s, fullMove)) return false;
   }
 
-  // The men on the board must make a position the engine can play from.
-  int kings[2] = {0, 0}, men[2] = {0, 0}, pawns[2] = {0, 0};
-  for (int sq = 0; sq < 64; ++sq) {
-    const int piece = board[sq];
-    if (!piece) continue;
-    const int colour = isBlackPiece(piece) ? Black : White;
-    ++men[colour];
-    if (kindOf(piece) == King) ++kings[colour];
-    if (kindOf(piece) == Pawn) {
-      ++pawns[colour];
-      if (rankOf(sq) == 0 || rankOf(sq) == 7) return false;
-    }
-  }
-  for (int c = 0; c < 2; ++c)
-    if (kings[c] != 1 || men[c] > 16 || pawns[c] > 8) return false;
+  if (!boardPlayable(board)) return false;
 
   // Rights only where king and rook still stand on their squares.
   if (board[E1] != WhiteKing) castle &= ~(WhiteKingSide | WhiteQueenSide);

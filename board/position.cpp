@@ -120,4 +120,23 @@ void recomputeFromBoard(Position& pos) {
   evaluateFull(pos);
 }
 
+bool boardPlayable(const std::uint8_t (&board)[64]) {
+  int kings[2] = {}, men[2] = {}, pawns[2] = {};
+  for (int sq = 0; sq < 64; ++sq) {
+    const int piece = board[sq];
+    if (piece == NoPiece) continue;
+    if (kindOf(piece) == 0) return false;
+    const int colour = isBlackPiece(piece) ? Black : White;
+    ++men[colour];
+    if (kindOf(piece) == King) ++kings[colour];
+    if (kindOf(piece) == Pawn) {
+      ++pawns[colour];
+      if (rankOf(sq) == 0 || rankOf(sq) == 7) return false;
+    }
+  }
+  for (int c = 0; c < 2; ++c)
+    if (kings[c] != 1 || men[c] > 16 || pawns[c] > 8) return false;
+  return true;
+}
+
 }  // namespace tavrin

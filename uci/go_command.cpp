@@ -7,25 +7,16 @@
 #include "uci/go_command.h"
 #include "uci/position_command.h"
 #include "uci/time_allocation.h"
+#include "uci/words.h"
 
 namespace tavrin {
 
 namespace {
 
-constexpr std::size_t WordBytes = 1024;
-
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
-// Copies the next blank-delimited word (truncated to the work buffer) and returns the text after
-// it; an empty word means the line has ended.
-const char* nextWord(const char* text, char* word) {
-  while (isBlank(*text)) ++text;
-  std::size_t n = 0;
-  for (; *text && !isBlank(*text); ++text)
-    if (n < WordBytes - 1) word[n++] = *text;
-  word[n] = 0;
-  return text;
-}
+// The next blank-delimited word of the line; an empty word means the line has ended.
+const char* nextWord(const char* text, char* word) { return readWord(text, word, isBlank); }
 
 // The number after a valued keyword as the 32-bit value the limits are computed from.
 std::int32_t asInt32(std::int64_t v) { return std::int32_t(std::uint32_t(std::uint64_t(v))); }

@@ -9,28 +9,20 @@
 #include "uci/decimal.h"
 #include "uci/globals.h"
 #include "uci/position_command.h"
+#include "uci/words.h"
 
 namespace tavrin {
 
 namespace {
 
 constexpr const char* StartFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
-constexpr std::size_t WordBytes = 1024;
 // The first entries of the stack that a FEN clears (more when a longer game used them).
 constexpr int ClearedEntries = 256;
 
 bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
 
-// Reads the next whitespace-delimited word (truncated to the work buffer) and returns the text
-// just after it. An empty word means the text has ended.
-const char* readWord(const char* text, char* word) {
-  while (isSpace(*text)) ++text;
-  std::size_t n = 0;
-  for (; *text && !isSpace(*text); ++text)
-    if (n < WordBytes - 1) word[n++] = *text;
-  word[n] = 0;
-  return text;
-}
+// The next whitespace-delimited word; an empty word means the text has ended.
+const char* nextWord(const char* text, char* word) { return readWord(text, word, isSpace); }
 
 // One separator further, never past the end.
 const char* skipSeparator(const char* text) { return *text ? text + 1 : text; }
@@ -102,26 +94,8 @@ int enPassantSquare(const Position& pos, const char* field) {
   return 0;
 }
 
-// The board can be turned into a position at all: one king each, sane piece counts, no pawn on
-// the first or last rank.
-bool boardSane(const Position& pos) {
-  int kings[2] = {}, pieces[2] = {}, pawns[2] = {};
-  for (int sq = 0; sq < 64; ++sq) {
-    int p = pos.board[sq];
-    if (p == NoPiece) continue;
-    int black = isBlackPiece(p) ? 1 : 0;
-    if (kindOf(p) == 0) return false;
-    ++pieces[black];
-    if (kindOf(p) == King) ++kings[black];
-    if (kindOf(p) == Pawn) {
-      ++pawns[black];
-      if (rankOf(sq) == 0 || rankOf(sq) == 7) return false;
-    }
-  }
-  for (int c = 0; c < 2; ++c)
-    if (kings[c] != 1 || pieces[c] > 16 || pawns[c] > 8) return false;
-  return true;
-}
+// The board can be turned into a position at all.
+bool boardSane(const Position& pos) { return boardPlayable(pos.board); }
 
 // The move a text names; the promotion letter is read only when allowed.
 Move moveFromText(const Position& pos, const char* text, bool readPromotion) {
@@ -151,7 +125,7 @@ const char* readFen(Position& pos, const char* fen) {
   char word[WordBytes];
   const char* text = fen;
   // Each field begins one character after the end of the one before.
-  auto nextField = [&]() { text = skipSeparator(readWord(text, word)); };
+  auto nextField = [&]() { text = skipSeparator(nextWord(text, word)); };
 
   nextField();
   readPlacement(pos, word);
@@ -188,7 +162,7 @@ void playMoveList(Position& pos, const char* text) {
   if (!boardSane(pos)) return;
   char word[WordBytes];
   MoveWord list[MaxMoves];
-  for (text = readWord(text, word); word[0]; text = readWord(text, word)) {
+  for (text = nextWord(text, word); word[0]; text = nextWord(text, word)) {
     // The stack keeps room for a search above the game; a longer list is not played further.
     if (pos.state - pos.stateStack >= MaxGamePlies) return;
     generateLegalMoves(pos, list);
@@ -206,7 +180,7 @@ void positionCommand(Position& pos, const char* text) {
   Engine.positionReady = 1;
   pos.nodes = 0;
   char word[WordBytes];
-  const char* after = readWord(text, word);
+  const char* after = nextWord(text, word);
   if (std::strcmp(word, "startpos") == 0) {
     readFen(pos, StartFen);
     text = skipSeparator(after);
@@ -214,7 +188,7 @@ void positionCommand(Position& pos, const char* text) {
     text = readFen(pos, skipSeparator(after));
   }
   if (*text) {
-    after = readWord(text, word);
+    after = nextWord(text, word);
     if (std::strcmp(word, "moves") == 0) playMoveList(pos, after);
   }
   pos.ply = 0;
