@@ -91,26 +91,33 @@ inline Bitboard attackedByThem(const StateEntry& st) {
   return Us == White ? st.attackedByBlack : st.attackedByWhite;
 }
 
-// Knight, bishop (light and dark together), rook and queen moves onto targets, in that order.
-template <Color Us>
-inline MoveWord* addPieceMovesOnto(const Position& pos, MoveWord* list, Bitboard targets) {
+struct AnySquare {
+  constexpr Bitboard operator()(int) const { return ~Bitboard(0); }
+};
+
+// Knight, bishop (light and dark together), rook and queen moves onto targets, in that order. The
+// legal list limits each piece further to moveMask(from), the pin line of a pinned piece (which a
+// knight never moves along), and keys its moves from its own table.
+template <Color Us, class MoveMask = AnySquare>
+inline MoveWord* addPieceMovesOnto(const Position& pos, MoveWord* list, Bitboard targets, MoveMask moveMask = {},
+                                   const std::uint32_t (&table)[16][16] = CaptureKey) {
   using T = ColorTraits<Us>;
   const Bitboard* p = pos.pieces;
   for (Bitboard b = p[T::OwnKnight]; b;) {
     const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets);
+    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets & moveMask(from), table);
   }
   for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
     const int from = popLowest(b);
-    list = addPieceMoves(pos, list, pos.board[from], from, bishopAttacks(from, pos) & targets);
+    list = addPieceMoves(pos, list, pos.board[from], from, bishopAttacks(from, pos) & targets & moveMask(from), table);
   }
   for (Bitboard b = p[T::OwnRook]; b;) {
     const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets);
+    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets & moveMask(from), table);
   }
   for (Bitboard b = p[T::OwnQueen]; b;) {
     const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets);
+    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets & moveMask(from), table);
   }
   return list;
 }
@@ -612,23 +619,7 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
   }
 
   // Pieces.
-  for (Bitboard b = p[T::OwnKnight] & ~pinned; b;) {
-    const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnKnight, from, knightAttacks(from) & targets & ~p[T::EnemyKing], LegalKey);
-  }
-  for (Bitboard b = p[T::OwnBishopLight] | p[T::OwnBishopDark]; b;) {
-    const int from = popLowest(b);
-    list = addPieceMoves(pos, list, pos.board[from], from,
-                         bishopAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing], LegalKey);
-  }
-  for (Bitboard b = p[T::OwnRook]; b;) {
-    const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnRook, from, rookAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing], LegalKey);
-  }
-  for (Bitboard b = p[T::OwnQueen]; b;) {
-    const int from = popLowest(b);
-    list = addPieceMoves(pos, list, T::OwnQueen, from, queenAttacks(from, pos) & targets & allowed(from) & ~p[T::EnemyKing], LegalKey);
-  }
+  list = addPieceMovesOnto<Us>(pos, list, targets & ~p[T::EnemyKing], allowed, LegalKey);
 
   // Castling: not out of check, not through or onto an attacked square.
   if (!checkers && k == T::KingStart) {
