@@ -52,28 +52,34 @@ const StrengthBand* strengthBand(int elo) {
   return nullptr;
 }
 
+namespace {
+
+// The evaluation weights that reduced strength rewrites.
+struct StrengthWeights {
+  int material, positional, pawn, knight, bishop, rook, queen, bishopPair;
+};
+
+void setWeights(const StrengthWeights& w) {
+  Engine.materialWeight = w.material;
+  Engine.positionalWeight = w.positional;
+  Engine.pawnValue = w.pawn;
+  Engine.knightValue = w.knight;
+  Engine.bishopValue = w.bishop;
+  Engine.rookValue = w.rook;
+  Engine.queenValue = w.queen;
+  Engine.bishopPairBonus = w.bishopPair;
+}
+
+}  // namespace
+
 void setFullStrengthWeights() {
-  Engine.materialWeight = 100;
-  Engine.pawnValue = 100;
-  Engine.positionalWeight = 102;
-  Engine.knightValue = 325;
-  Engine.bishopValue = 325;
-  Engine.rookValue = 500;
-  Engine.queenValue = 975;
-  Engine.bishopPairBonus = 55;
+  setWeights({100, 102, 100, 325, 325, 500, 975, 55});
   Engine.materialOnly = 0;
 }
 
 void applyStrengthLimit() {
   if (const StrengthBand* band = strengthBand(Engine.limitElo)) {
-    Engine.positionalWeight = band->positionalWeight;
-    Engine.materialWeight = band->materialWeight;
-    Engine.pawnValue = 100;
-    Engine.knightValue = 300;
-    Engine.bishopValue = 300;
-    Engine.rookValue = 500;
-    Engine.queenValue = 1000;
-    Engine.bishopPairBonus = 55;
+    setWeights({band->materialWeight, band->positionalWeight, 100, 300, 300, 500, 1000, 55});
   } else if (Engine.limitElo > HighestBandElo) {
     setFullStrengthWeights();
   }
