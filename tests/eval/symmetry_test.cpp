@@ -46,7 +46,7 @@ struct SymmetryCounts {
 void expectSymmetric(const std::string& fen, SymmetryCounts& counts) {
   EvalFixture a, b;
   Position& p = a.set(fen);
-  std::string mirror = verticalMirror(fen);
+  std::string mirror = mirrorFen(fen);
   Position& m = b.set(mirror);
   p.st().psqScore = 0;
   m.st().psqScore = 0;
