@@ -1,4 +1,4 @@
-// Packed scores, move fields and bit operations.
+// Packed scores and shifts at the board edge.
 #include <gtest/gtest.h>
 
 #include "board/bitboard.h"
@@ -24,28 +24,6 @@ TEST(PackedScore, SumsAddComponentwise) {
   EXPECT_EQ(endgameOf(a + b), -5);
   EXPECT_EQ(middlegameOf(a - b), 75);
   EXPECT_EQ(endgameOf(a - b), -19);
-}
-
-TEST(MoveFields, EncodeAndDecode) {
-  Move m = makeMove(E7, E8, PromoteQueen);
-  EXPECT_EQ(moveFrom(m), E7);
-  EXPECT_EQ(moveTo(m), E8);
-  EXPECT_EQ(moveKind(m), PromoteQueen);
-  EXPECT_TRUE(isPromotion(m));
-  EXPECT_EQ(makeMove(E1, G1, CastlingMove), 0x1106);
-}
-
-TEST(BitOps, ScansAndCounts) {
-  EXPECT_EQ(bitScanForward(1), 0);
-  EXPECT_EQ(bitScanForward(Bitboard(1) << 63), 63);
-  EXPECT_EQ(bitScanForward(Bitboard(0x10) << 32), 36);
-  EXPECT_EQ(bitScanReverse(1), 0);
-  EXPECT_EQ(bitScanReverse((Bitboard(1) << 63) | 1), 63);
-  EXPECT_EQ(popCount(DarkSquares), 32);
-  EXPECT_EQ(popCount(~Bitboard(0)), 64);
-  EXPECT_TRUE(isDarkSquare(A1));
-  EXPECT_FALSE(isDarkSquare(H1));
-  EXPECT_TRUE(isDarkSquare(H8));
 }
 
 TEST(BitOps, ShiftsNeverWrapAcrossFiles) {

@@ -1,7 +1,6 @@
 // Colour symmetry of the evaluation over the perft suite and over random games. The piece-square
 // table is turned by half a turn for Black by design, so the vertical mirror is compared with the
 // piece-square sum left out, and the half-turn (without castling) with everything in.
-#include <fstream>
 #include <random>
 
 #include "eval_test_support.h"
@@ -9,25 +8,14 @@
 namespace tavrin::test {
 namespace {
 
-std::vector<std::string> suiteFens() {
-  std::vector<std::string> fens;
-  std::ifstream in(std::string(TAVRIN_DATA_DIR) + "/perft.epd");
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#') continue;
-    fens.push_back(line.substr(0, line.find(';')));
-  }
-  return fens;
-}
-
 // Positions along seeded random games from the suite positions.
 std::vector<std::string> randomGameFens(int games, int plies) {
   std::vector<std::string> fens;
-  std::vector<std::string> starts = suiteFens();
+  const std::vector<EpdLine> starts = readPerftEpd();
   std::mt19937_64 rng(20261122);
   EvalFixture f;
   for (int g = 0; g < games; ++g) {
-    Position& pos = f.set(starts[std::size_t(g) % starts.size()]);
+    Position& pos = f.set(starts[std::size_t(g) % starts.size()].fen);
     for (int ply = 0; ply < plies; ++ply) {
       MoveWord list[MaxMoves];
       MoveWord* end = generateLegalMoves(pos, list);
@@ -39,11 +27,7 @@ std::vector<std::string> randomGameFens(int games, int plies) {
   return fens;
 }
 
-struct SymmetryCounts {
-  int checked = 0;
-};
-
-void expectSymmetric(const std::string& fen, SymmetryCounts& counts) {
+void expectSymmetric(const std::string& fen) {
   EvalFixture a, b;
   Position& p = a.set(fen);
   std::string mirror = mirrorFen(fen);
@@ -57,24 +41,19 @@ void expectSymmetric(const std::string& fen, SymmetryCounts& counts) {
   Position& q = a.set(noCastle);
   Position& t = b.set(turned);
   ASSERT_EQ(whiteEval(q), -whiteEval(t)) << noCastle << "\nturned " << turned;
-  counts.checked++;
 }
 
 TEST(EvalSymmetry, SuitePositions) {
-  SymmetryCounts counts;
-  for (const std::string& fen : suiteFens()) expectSymmetric(fen, counts);
-  EXPECT_GT(counts.checked, 0);
+  const std::vector<EpdLine> suite = readPerftEpd();
+  ASSERT_GT(suite.size(), 100u);
+  for (const EpdLine& line : suite) expectSymmetric(line.fen);
 }
 
 TEST(EvalSymmetry, RandomGamePositions) {
-#ifdef TAVRIN_SANITIZED
-  const int games = 6;
-#else
-  const int games = 60;
-#endif
-  SymmetryCounts counts;
-  for (const std::string& fen : randomGameFens(games, 120)) expectSymmetric(fen, counts);
-  EXPECT_GT(counts.checked, games * 20);
+  const int games = scaled(60, 6);
+  const std::vector<std::string> fens = randomGameFens(games, 120);
+  EXPECT_GT(int(fens.size()), games * 20);
+  for (const std::string& fen : fens) expectSymmetric(fen);
 }
 
 }  // namespace

@@ -71,32 +71,36 @@ TEST_F(PvWalk, DropsAStoredMoveThatIsNotPlayable) {
   EXPECT_STREQ(out, "e2e4 e7e5");
 }
 
-TEST_F(PvWalk, PvLineFormatAndFirstIterationScore) {
-  resetPvLineRecord();
-  Root = RootResult{};
-  Root.bestMove = makeMove(E2, E4);
-  Root.iterationDepth = 2;
-  Root.selDepth = 3;
-  pos().nodes = 1000;
-  testing::internal::CaptureStdout();
-  printPvLine(pos(), 5000, 40);
-  printPvLine(pos(), 6000, 40);   // same iteration depth: suppressed
-  const std::string out = testing::internal::GetCapturedStdout();
-  EXPECT_EQ(out, "info time 5 nodes 1212 nps 242000 score cp 0 depth 1 seldepth 3 pv e2e4 \n");
-  EXPECT_EQ(lastPrintedDepth(), 2);
-}
-
-TEST_F(PvWalk, PvLineIsCutToTheIterationDepth) {
-  storeLine({makeMove(E2, E4), makeMove(E7, E5), makeMove(G1, F3), makeMove(B8, C6), makeMove(F1, B5)});
-  resetPvLineRecord();
-  Root = RootResult{};
-  Root.bestMove = makeMove(E2, E4);
-  Root.iterationDepth = 4;   // two plies: 2 + 8 = 10 characters, the second move's blank included
-  pos().nodes = 0;
-  testing::internal::CaptureStdout();
-  printPvLine(pos(), 0, -21998);
-  const std::string out = testing::internal::GetCapturedStdout();
-  EXPECT_EQ(out, "info time 0 nodes 0 nps 0 score mate -1 depth 2 seldepth 0 pv e2e4 e7e5  \n");
+// The line of a finished iteration: printed once per depth, the score of the first iteration
+// shown as 0, and the PV cut to the iteration depth (two plies: 2 + 8 = 10 characters, the
+// second move's blank included).
+TEST_F(PvWalk, PvLineFormatAndCut) {
+  const struct {
+    std::vector<Move> pvTable;
+    int iterationDepth, selDepth, score;
+    std::uint64_t nodes;
+    std::int64_t elapsed;   // microseconds
+    const char* expected;
+  } cases[] = {
+      {{}, 2, 3, 40, 1000, 5000, "info time 5 nodes 1212 nps 242000 score cp 0 depth 1 seldepth 3 pv e2e4 \n"},
+      {{makeMove(E2, E4), makeMove(E7, E5), makeMove(G1, F3), makeMove(B8, C6), makeMove(F1, B5)}, 4, 0, -21998, 0,
+       0, "info time 0 nodes 0 nps 0 score mate -1 depth 2 seldepth 0 pv e2e4 e7e5  \n"},
+  };
+  for (const auto& c : cases) {
+    clearTables();
+    storeLine(c.pvTable);
+    resetPvLineRecord();
+    Root = RootResult{};
+    Root.bestMove = makeMove(E2, E4);
+    Root.iterationDepth = c.iterationDepth;
+    Root.selDepth = c.selDepth;
+    pos().nodes = c.nodes;
+    testing::internal::CaptureStdout();
+    printPvLine(pos(), c.elapsed, c.score);
+    printPvLine(pos(), c.elapsed + 1000, c.score);   // same iteration depth: suppressed
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), c.expected);
+    EXPECT_EQ(lastPrintedDepth(), c.iterationDepth);
+  }
 }
 
 TEST_F(PvWalk, BestMoveLineWithPonderFromThePvTableOnly) {

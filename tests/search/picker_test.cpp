@@ -56,17 +56,6 @@ TEST(MovePicker, NormalSequenceHandsOutEveryMoveOnceInStageOrder) {
   EXPECT_EQ(moves.back().first, makeMove(D4, D7));
 }
 
-TEST(MovePicker, LosingCaptureComesAfterEveryQuietMove) {
-  Position& pos = setUp("3qk3/3p4/8/8/3Q4/8/8/4K3 w - - 0 1");
-  MovePicker mp;
-  mp.init(StageTtMove, 0);
-  auto moves = drain(pos, mp);
-  const int qxd7 = indexOf(moves, makeMove(D4, D7));
-  ASSERT_GE(qxd7, 0);
-  EXPECT_EQ(qxd7, int(moves.size()) - 1);
-  EXPECT_EQ(moves[std::size_t(qxd7)].second, StageLosingCaptures);
-}
-
 TEST(MovePicker, UnplayableTableMoveAndCapturingKillerAreNotHandedOutEarly) {
   Position& pos = setUp("3qk3/3p4/8/8/3Q4/8/8/4K3 w - - 0 1");
   pos.st().killer1 = makeMove(D4, D7);   // a capture here: not a killer
@@ -77,7 +66,9 @@ TEST(MovePicker, UnplayableTableMoveAndCapturingKillerAreNotHandedOutEarly) {
   EXPECT_EQ(indexOf(moves, makeMove(A2, A4)), -1);
   EXPECT_EQ(moves[0].first, makeMove(E1, E2));   // killer 2 first: no capture passes the exchange test
   EXPECT_EQ(moves[0].second, StageKiller2);
+  // The losing capture comes after every quiet move.
   EXPECT_EQ(indexOf(moves, makeMove(D4, D7)), int(moves.size()) - 1);
+  EXPECT_EQ(moves.back().second, StageLosingCaptures);
 }
 
 TEST(MovePicker, ReducedSequenceOnlyCapturesAndChecks) {

@@ -1,6 +1,7 @@
 // The search on known positions: mates found and scored from either side, mated and stalemated
 // roots, clear tactical best moves, and no illegal move over many random positions.
 #include <cstdint>
+#include <random>
 #include <string>
 
 #include "board/make_move.h"
@@ -80,27 +81,18 @@ TEST(SearchResults, TacticalBestMoves) {
   }
 }
 
-// A small generator of reproducible random games.
-struct Lcg {
-  std::uint64_t s;
-  std::uint32_t next() {
-    s = s * 6364136223846793005ULL + 1442695040888963407ULL;
-    return std::uint32_t(s >> 33);
-  }
-};
-
 TEST(SearchResults, NeverReturnsAnIllegalMove) {
   initEngineForTests();
-  Lcg rng{20261122};
+  std::mt19937_64 rng(20261122);
   BoardFixture f;
   for (int game = 0; game < RandomPositions; ++game) {
     Position& scratch = f.set("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
-    const int plies = 4 + int(rng.next() % 60);
+    const int plies = 4 + int(rng() % 60);
     for (int i = 0; i < plies; ++i) {
       MoveWord list[MaxMoves];
       MoveWord* end = generateLegalMoves(scratch, list);
       if (end == list) break;
-      makeRootMove(scratch, Move(list[rng.next() % std::uint32_t(end - list)] & 0x7FFF));
+      makeRootMove(scratch, moveOf(list[rng() % std::size_t(end - list)]));
     }
     const std::string fen = toFen(scratch);
     SCOPED_TRACE(fen);

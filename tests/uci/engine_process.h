@@ -127,22 +127,4 @@ class EngineProcess {
   std::string pending_;
 };
 
-// Whether the engine in this build really searches (the search may still be a placeholder that
-// prints nothing): a finished "go depth 1" answers before the "readyok" that follows it.
-inline bool engineSearches() {
-  static int known = -1;
-  if (known < 0) {
-    EngineProcess e;
-    e.sendLine("position startpos");
-    e.sendLine("go depth 1");
-    e.sendLine("isready");
-    std::vector<std::string> seen;
-    e.readUntil("readyok", 20000, &seen);
-    known = 0;
-    for (const std::string& line : seen)
-      if (line.compare(0, 9, "bestmove ") == 0 && line != "bestmove 0000") known = 1;
-  }
-  return known == 1;
-}
-
 }  // namespace tavrin::test

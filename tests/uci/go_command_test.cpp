@@ -35,10 +35,6 @@ TEST_F(GoCommand, ClockFigures) {
   EXPECT_EQ(Limits.analysis, 0);
   go("go wtime 300000 movestogo 40");
   EXPECT_EQ(Limits.softTarget, 6279069);
-  EXPECT_EQ(Limits.hardLimit, 34593750);
-  go("go wtime 400");
-  EXPECT_EQ(Limits.softTarget, 5000);
-  EXPECT_EQ(Limits.hardLimit, 10500);
   go("go movetime 1000");
   EXPECT_EQ(Limits.hardLimit, 990000);
   EXPECT_EQ(Limits.softTarget, NoLimit);

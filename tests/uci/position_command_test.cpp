@@ -87,14 +87,6 @@ TEST_F(PositionCommand, FieldsAndCounters) {
   }
 }
 
-TEST_F(PositionCommand, BishopCodesFollowTheSquare) {
-  load(std::string("fen ") + StartFen);
-  EXPECT_EQ(pos.board[C1], WhiteBishopDark);
-  EXPECT_EQ(pos.board[F1], WhiteBishopLight);
-  EXPECT_EQ(pos.board[C8], BlackBishopLight);
-  EXPECT_EQ(pos.board[F8], BlackBishopDark);
-}
-
 TEST_F(PositionCommand, ReadFenReturnsTheRest) {
   const char* text = "4k3/8/8/8/8/8/8/4K3 w - - 0 1 moves e1e2";
   EXPECT_STREQ(readFen(pos, text), "moves e1e2");
