@@ -86,21 +86,12 @@ void expectDerivedStateMatches(const Position& pos, const std::string& where) {
   ASSERT_EQ(pos.keyHistory[pos.historyCount], st.key) << where;
 }
 
-const char* const StartFens[] = {
-    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
-    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
-    "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
-    "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
-    "n1n5/PPPk4/8/8/8/8/4Kppp/5N1N b - - 0 1",
-    "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
-};
-
 TEST(MakeUnmake, RandomGamesRestoreEverythingAndKeepIncrementalState) {
   BoardFixture f;
   std::mt19937_64 rng(20260101);
   MoveWord list[MaxMoves];
   for (int game = 0; game < Games; ++game) {
-    f.set(StartFens[game % std::size(StartFens)]);
+    f.set(RandomGameStarts[game % std::size(RandomGameStarts)]);
     Position& pos = f.pos;
     std::vector<Move> played;
     for (int ply = 0; ply < 120; ++ply) {

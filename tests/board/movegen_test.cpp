@@ -70,16 +70,9 @@ template <typename Visit>
 void walkRandomGames(int games, std::uint64_t seed, Visit visit) {
   BoardFixture f;
   std::mt19937_64 rng(seed);
-  const char* starts[] = {
-      "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
-      "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
-      "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
-      "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
-      "n1n5/PPPk4/8/8/8/8/4Kppp/5N1N b - - 0 1",
-  };
   MoveWord list[MaxMoves];
   for (int game = 0; game < games; ++game) {
-    Position& pos = f.set(starts[game % std::size(starts)]);
+    Position& pos = f.set(RandomGameStarts[game % std::size(RandomGameStarts)]);
     for (int ply = 0; ply < 100; ++ply) {
       computeAttackSummary(pos);
       visit(pos, rng);

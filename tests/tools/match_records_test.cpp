@@ -164,17 +164,12 @@ TEST(MatchOptions, CommandLine) {
   EXPECT_EQ(o.engines[0].name, "sf");
   EXPECT_EQ(o.engines[0].options,
             (std::vector<std::pair<std::string, std::string>>{{"Hash", "16"}, {"Skill Level", "3"}}));
-  EXPECT_EQ(o.engines[0].tc.pgnText(), "10+0.1");
   EXPECT_EQ(o.engines[1].name, "tavrin");
   EXPECT_EQ(o.engines[1].args, (std::vector<std::string>{"--a", "b c"}));
   EXPECT_EQ(o.engines[1].tc.pgnText(), "40/60+0.5");   // an engine's own setting wins
   EXPECT_TRUE(o.engines[1].ponder);
-  EXPECT_FALSE(o.engines[0].ponder);
   EXPECT_TRUE(o.openings.random);
   EXPECT_EQ(o.openings.seed, 7u);
-  EXPECT_EQ(o.games, 20);
-  EXPECT_EQ(o.concurrency, 2);
-  EXPECT_TRUE(o.fresh);
   EXPECT_EQ(o.game.adjudication.resignMoveCount, 3);
   EXPECT_EQ(o.game.adjudication.drawScore, 10);
   EXPECT_TRUE(o.sprt.enabled);
