@@ -132,6 +132,18 @@ inline std::vector<EpdLine> readPerftEpd() {
   return lines;
 }
 
+// Everything the built tool writes (standard output and error) for the given arguments.
+inline std::string toolOutput(const std::string& arguments) {
+  const std::string command = std::string(TAVRIN_TOOL_PATH) + " " + arguments + " 2>&1";
+  std::string out;
+  if (FILE* pipe = popen(command.c_str(), "r")) {
+    char buffer[4096];
+    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, n);
+    pclose(pipe);
+  }
+  return out;
+}
+
 // Start positions for random games: the opening, and positions rich in castling, en passant,
 // promotions and checks.
 inline const char* const RandomGameStarts[] = {

@@ -1,21 +1,14 @@
 // The perft subcommand of the built tool, through a pipe.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
+#include "tests/test_support.h"
+
+namespace tavrin::test {
 namespace {
 
-std::string run(const std::string& arguments) {
-  std::string command = std::string(TAVRIN_TOOL_PATH) + " perft " + arguments + " 2>&1";
-  std::string out;
-  if (FILE* pipe = popen(command.c_str(), "r")) {
-    char buffer[4096];
-    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, n);
-    pclose(pipe);
-  }
-  return out;
-}
+std::string run(const std::string& arguments) { return toolOutput("perft " + arguments); }
 
 TEST(PerftTool, OnePositionListsRootMovesAndTotal) {
   std::string out = run("'rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1' 3");
@@ -43,3 +36,4 @@ TEST(PerftTool, BadInputIsRefusedWithoutCrashing) {
 }
 
 }  // namespace
+}  // namespace tavrin::test

@@ -1,22 +1,10 @@
 // The eval subcommand of tavrin-tool prints its terms and ends with the full evaluation.
-#include <cstdio>
 #include <string>
 
 #include "eval_test_support.h"
 
 namespace tavrin::test {
 namespace {
-
-std::string runTool(const std::string& args) {
-  std::string command = std::string(TAVRIN_TOOL_PATH) + " " + args + " 2>&1";
-  std::string out;
-  FILE* p = popen(command.c_str(), "r");
-  if (!p) return out;
-  char buf[512];
-  while (std::fgets(buf, sizeof buf, p)) out += buf;
-  pclose(p);
-  return out;
-}
 
 TEST(EvalTool, TotalIsTheFullEvaluation) {
   const char* fens[] = {
@@ -27,7 +15,7 @@ TEST(EvalTool, TotalIsTheFullEvaluation) {
   };
   EvalFixture f;
   for (const char* fen : fens) {
-    std::string out = runTool("eval " + std::string(fen));
+    std::string out = toolOutput("eval " + std::string(fen));
     for (const char* term : {"material", "piece-square", "pawns", "mobility", "king safety", "threats",
                              "passed pawns", "phase ", "scale "})
       EXPECT_NE(out.find(term), std::string::npos) << term << " missing for " << fen << "\n" << out;
@@ -38,7 +26,7 @@ TEST(EvalTool, TotalIsTheFullEvaluation) {
 }
 
 TEST(EvalTool, BadPositionIsRefused) {
-  std::string out = runTool("eval not a fen");
+  std::string out = toolOutput("eval not a fen");
   EXPECT_EQ(out.find("total "), std::string::npos);
 }
 

@@ -1,8 +1,7 @@
 // The bench signature of the built tool: the recorded node count, the same on two runs.
-#include <cstdio>
 #include <string>
 
-#include <gtest/gtest.h>
+#include "tests/test_support.h"
 
 namespace {
 
@@ -11,16 +10,11 @@ namespace {
 constexpr int BenchTestDepth = 6;
 constexpr unsigned long long BenchSignature = 148532;
 
-// Runs "tavrin-tool bench DEPTH" and returns the number after "nodes" (0 when missing).
+// The number after "nodes" in the output of "tavrin-tool bench DEPTH" (0 when missing).
 unsigned long long benchNodes(int depth) {
-  const std::string command = std::string(TAVRIN_TOOL_PATH) + " bench " + std::to_string(depth);
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return 0;
-  char line[1024];
-  unsigned long long nodes = 0;
-  while (std::fgets(line, sizeof line, pipe)) std::sscanf(line, "nodes %llu", &nodes);
-  pclose(pipe);
-  return nodes;
+  const std::string out = tavrin::test::toolOutput("bench " + std::to_string(depth));
+  const std::size_t at = out.rfind("\nnodes ");
+  return at == std::string::npos ? 0 : std::stoull(out.substr(at + 7));
 }
 
 TEST(Bench, SignatureIsRecordedAndRepeatable) {

@@ -113,21 +113,13 @@ TEST_F(MatchGame, PlaysToMate) {
   std::string pgn = formatPgn(g, PgnContext());
   EXPECT_NE(pgn.find("1. f3 {+0.12/3 "), std::string::npos) << pgn;
   EXPECT_NE(pgn.find("[Termination \"normal\"]"), std::string::npos);
-  // The same processes play a second game after ucinewgame.
-  GameRecord again = playGame(white, black, Opening(), settings_);
-  EXPECT_EQ(again.reason, "Black mates");
-}
-
-TEST_F(MatchGame, BookMovesFromTheOpening) {
-  EnginePlayer white, black;
-  white.config = fake("W", "normal");
-  black.config = fake("B", "normal");
+  // The same processes play a second game after ucinewgame, from an opening's book moves.
   Opening o;
   o.moves = {"f2f3", "e7e5"};
-  GameRecord g = playGame(white, black, o, settings_);
-  EXPECT_EQ(g.reason, "Black mates");
-  ASSERT_EQ(g.moves.size(), 4u);
-  EXPECT_TRUE(g.moves[0].book && g.moves[1].book && !g.moves[2].book);
+  GameRecord again = playGame(white, black, o, settings_);
+  EXPECT_EQ(again.reason, "Black mates");
+  ASSERT_EQ(again.moves.size(), 4u);
+  EXPECT_TRUE(again.moves[0].book && again.moves[1].book && !again.moves[2].book);
 }
 
 TEST_F(MatchGame, FaultsAreTheOffendersLoss) {

@@ -55,15 +55,6 @@ void expectCleanEnd(EngineProcess& e) {
   EXPECT_EQ(e.waitExit(Reply), 0);
 }
 
-// A position without a legal move, or one the engine refuses, is answered with the null move.
-void expectNullMoveAnswer(const char* fen) {
-  EngineProcess e;
-  e.sendLine(std::string("position fen ") + fen);
-  e.sendLine("go depth 3");
-  EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000") << fen;
-  expectCleanEnd(e);
-}
-
 }  // namespace
 
 TEST(Protocol, BannerAndIdentificationByteExact) {
@@ -169,6 +160,7 @@ TEST(Protocol, HugeLineAndLongMoveLists) {
   expectCleanEnd(e);
 }
 
+// A position without a legal move, or one the engine refuses, is answered with the null move.
 TEST(Protocol, UnplayableMatedAndStalematePositionsAnswerTheNullMove) {
   const char* fens[] = {
       "8/8/8/8/8/8/8/8 w - - 0 1",                  // no kings
@@ -179,7 +171,13 @@ TEST(Protocol, UnplayableMatedAndStalematePositionsAnswerTheNullMove) {
       "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3",   // White is mated
       "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1",                                 // Black is stalemated
   };
-  for (const char* fen : fens) expectNullMoveAnswer(fen);
+  EngineProcess e;
+  for (const char* fen : fens) {
+    e.sendLine(std::string("position fen ") + fen);
+    e.sendLine("go depth 3");
+    EXPECT_EQ(e.readUntil("bestmove", Reply), "bestmove 0000") << fen;
+  }
+  expectCleanEnd(e);
 }
 
 TEST(Protocol, QuitEndsAtOnce) {
