@@ -1,5 +1,4 @@
-// Search output: score and move text, the PV walk through the tables, the PV line's rules.
-#include <regex>
+// Search output: score text, the PV walk through the tables, the PV line's rules.
 #include <string>
 
 #include "board/make_move.h"
@@ -18,18 +17,6 @@ TEST(SearchOutput, ScoreText) {
       {-21999, "mate 0"},   {-21996, "mate -2"},  {-21488, "cp -21488"},
   };
   for (const auto& c : cases) EXPECT_EQ(std::string(scoreText(c.score)), c.text) << c.score;
-}
-
-TEST(SearchOutput, MoveText) {
-  const struct {
-    Move move;
-    const char* text;
-  } cases[] = {
-      {makeMove(A7, A8, PromoteKnight), "a7a8n"}, {makeMove(H2, H1, PromoteQueen), "h2h1q"},
-      {makeMove(E1, G1, CastlingMove), "e1g1"},   {makeMove(E5, D6, EnPassantMove), "e5d6"},
-      {makeMove(G8, F6), "g8f6"},                 {NoMove, "NULL"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(text(c.move), c.text);
 }
 
 class PvWalk : public ::testing::Test {

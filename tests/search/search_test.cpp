@@ -53,9 +53,6 @@ TEST(SearchResults, MatedAndStalematedRootsGiveNoMove) {
     EXPECT_EQ(r.best, NoMove);
     EXPECT_EQ(r.score, c.score);
     EXPECT_EQ(r.nodes, 0u);
-    testing::internal::CaptureStdout();
-    printBestMove(SearchRecords[0]);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "bestmove 0000\n");
   }
 }
 
