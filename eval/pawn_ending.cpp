@@ -25,14 +25,10 @@ int passerTerms(const Position& pos, const PawnEntry& pe, PasserRace& race) {
   using T = ColorTraits<C>;
   constexpr Color Them = T::Them;
   int score = 0;
-  Bitboard ownPawns = pos.pieces[T::OwnPawn];
-  int ownKing = pos.kingSquare(C), enemyKing = pos.kingSquare(Them);
-  for (int files = pe.passedFiles[C]; files; files &= files - 1) {
-    Bitboard onFile = ownPawns & fileMask(std::countr_zero(unsigned(files)));
-    if (!onFile) continue;
-    int s = C == White ? bitScanReverse(onFile) : bitScanForward(onFile);
+  const int ownKing = pos.kingSquare(C), enemyKing = pos.kingSquare(Them);
+  forEachFrontPasser<C>(pos, pe, [&](int s) {
     int r = T::RelativeRank(s);
-    if (r == 0 || r == 7) continue;
+    if (r == 0 || r == 7) return;
     int stop = s + T::Up;
     int promotion = C == White ? makeSquare(fileOf(s), 7) : makeSquare(fileOf(s), 0);
     score += (distance(stop, enemyKing) - distance(stop, ownKing)) * PawnEndingKingToPasser * r;
@@ -46,7 +42,7 @@ int passerTerms(const Position& pos, const PawnEntry& pe, PasserRace& race) {
       int plies = 2 * moves - (ToMove == C ? 1 : 0);
       if (plies < race.plies) race.plies = plies;
     }
-  }
+  });
   return score;
 }
 

@@ -1,6 +1,7 @@
 // The pawn hash table and the pawn-structure evaluator that fills it.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -38,6 +39,16 @@ extern PawnEntry* PawnTable;
 extern std::uint64_t PawnTableMask;
 
 inline PawnEntry* pawnSlot(Key pawnKey) { return PawnTable + (pawnKey & PawnTableMask); }
+
+// Calls fn(square) with the front pawn of colour C on each file that holds a passed pawn.
+template <Color C, typename Fn>
+inline void forEachFrontPasser(const Position& pos, const PawnEntry& pe, Fn&& fn) {
+  const Bitboard ownPawns = pos.pieces[ColorTraits<C>::OwnPawn];
+  for (unsigned files = pe.passedFiles[C]; files; files &= files - 1) {
+    const Bitboard onFile = ownPawns & (0x0101010101010101ULL << std::countr_zero(files));
+    if (onFile) fn(C == White ? 63 - std::countl_zero(onFile) : std::countr_zero(onFile));
+  }
+}
 
 // Evaluates the pawn structure (with king shelter, since the pawn key holds the kings and the
 // castling rights) into entry and stores it into the table with the XOR check.

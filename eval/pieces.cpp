@@ -219,15 +219,11 @@ Packed evaluatePassed(const Position& pos, const PawnEntry& pe, const AttackInfo
   using T = ColorTraits<Us>;
   constexpr Color Them = T::Them;
   Packed score = 0;
-  Bitboard ownPawns = pos.pieces[T::OwnPawn];
-  int ownKing = pos.kingSquare(Us), enemyKing = pos.kingSquare(Them);
-  for (int files = pe.passedFiles[Us]; files; files &= files - 1) {
-    Bitboard onFile = ownPawns & fileMask(std::countr_zero(unsigned(files)));
-    if (!onFile) continue;
-    int s = Us == White ? bitScanReverse(onFile) : bitScanForward(onFile);
+  const int ownKing = pos.kingSquare(Us), enemyKing = pos.kingSquare(Them);
+  forEachFrontPasser<Us>(pos, pe, [&](int s) {
     int r = T::RelativeRank(s);
     int w = PassedRankWeight[r];
-    if (!w) continue;
+    if (!w) return;
     int block = s + T::Up;
     int enemyDist = distance(block, enemyKing), ownDist = distance(block, ownKing);
     enemyDist = enemyDist < 5 ? enemyDist : 5;
@@ -240,7 +236,7 @@ Packed evaluatePassed(const Position& pos, const PawnEntry& pe, const AttackInfo
       if (!(path & (pos.occupied | ai.all[Them]))) score += PassedFreePath * w;
       else if (!(bit(block) & ai.all[Them])) score += PassedSafeStep * w;
     }
-  }
+  });
   return score;
 }
 
