@@ -2,7 +2,8 @@
 # Plays the built tavrin against Debian's chess engines and prints a table of the results.
 # Run by hand: scripts/gauntlet.sh [games-per-opponent]
 # Environment: BUILD (build directory, default build), GAMES, TC (default 5+0.05),
-# CONCURRENCY (default: cores), OPENINGS (EPD file), OUT (directory for PGN and logs).
+# CONCURRENCY (default: cores), OPENINGS (EPD file), OUT (directory for PGN and logs),
+# ADJUDICATE (resign/draw adjudication options; set it empty to play every game out).
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "$0")/.." && pwd)
@@ -12,6 +13,7 @@ TC=${TC:-5+0.05}
 CONCURRENCY=${CONCURRENCY:-$(nproc)}
 OPENINGS=${OPENINGS:-$ROOT/../shared/data/openings-2moves.epd}
 OUT=${OUT:-$ROOT/gauntlet-$(date +%Y%m%d-%H%M%S)}
+ADJUDICATE=${ADJUDICATE-"-resign movecount=4 score=800 -draw movenumber=40 movecount=8 score=10"}
 TAVRIN=$BUILD/tavrin
 TOOL=$BUILD/tavrin-tool
 
@@ -24,8 +26,9 @@ SUDO=""
 [ "$(id -u)" -ne 0 ] && SUDO=sudo
 $SUDO apt-get update -qq || true
 for pkg in stockfish ethereal-chess toga2 glaurung gnuchess; do
+  dpkg -s "$pkg" >/dev/null 2>&1 && continue
   if apt-cache policy "$pkg" | grep -q 'Candidate: [0-9]'; then
-    dpkg -s "$pkg" >/dev/null 2>&1 || DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "$pkg" || true
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "$pkg" || true
   else
     echo "package $pkg is not available; skipped"
   fi
@@ -62,7 +65,7 @@ for entry in "${OPPONENTS[@]}"; do
     -each tc="$TC" option.Hash=16 option.Threads=1 option.OwnBook=false \
     -openings file="$OPENINGS" format=epd order=random seed="${SEED:-1}" \
     -games "$GAMES" -concurrency "$CONCURRENCY" -pgnout "$OUT/$name.pgn" \
-    -ratinginterval 0 | tee "$OUT/$name.log"
+    $ADJUDICATE -ratinginterval 0 | tee "$OUT/$name.log"
   summary=$(grep '^Summary:' "$OUT/$name.log" | tail -1)
   field() { sed -n "s/.* $1=\([^ ]*\).*/\1/p" <<< "$summary"; }
   printf '%-16s %6s %7s %28s %8s\n' "$name" "$(field games)" "$(field score)" \

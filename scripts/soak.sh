@@ -2,7 +2,8 @@
 # Long runs that look for faults rather than strength: 1,000 fast games against a Debian engine,
 # then 200 games at 10+0.1 with tavrin pondering. Reports crashes, illegal moves and time losses.
 # Run by hand: scripts/soak.sh [opponent-command]
-# Environment: BUILD (default build), FAST_GAMES (1000), PONDER_GAMES (200), CONCURRENCY, OUT.
+# Environment: BUILD (default build), FAST_GAMES (1000), PONDER_GAMES (200), CONCURRENCY, OUT,
+# PARTS ("fast ponder": which of the two runs to play), ADJUDICATE (as in gauntlet.sh).
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "$0")/.." && pwd)
@@ -13,6 +14,7 @@ PONDER_GAMES=${PONDER_GAMES:-200}
 CONCURRENCY=${CONCURRENCY:-$(nproc)}
 OPENINGS=${OPENINGS:-$ROOT/../shared/data/openings-2moves.epd}
 OUT=${OUT:-$ROOT/soak-$(date +%Y%m%d-%H%M%S)}
+ADJUDICATE=${ADJUDICATE-"-resign movecount=4 score=800 -draw movenumber=40 movecount=8 score=10"}
 TAVRIN=$BUILD/tavrin
 TOOL=$BUILD/tavrin-tool
 
@@ -33,13 +35,14 @@ run() {
     -each tc="$tc" option.Hash=16 option.Threads=1 option.OwnBook=false \
     -openings file="$OPENINGS" format=epd order=random seed=$RANDOM \
     -games "$games" -concurrency "$CONCURRENCY" -pgnout "$OUT/$label.pgn" \
-    -ratinginterval 100 > "$OUT/$label.log"
+    $ADJUDICATE -ratinginterval 100 > "$OUT/$label.log"
   grep -E '^(Result of|Elo|Faults of|Games not|Summary)' "$OUT/$label.log"
   echo "faulty games:"
   grep -E 'illegal move|disconnects|stalls|loses on time|does not answer|cannot start' "$OUT/$label.log" \
     | sed 's/^/  /' || echo "  none"
 }
 
-run fast "$FAST_GAMES" 2+0.02 ""
-run ponder "$PONDER_GAMES" 10+0.1 ponder
+PARTS=${PARTS:-fast ponder}
+case " $PARTS " in *" fast "*) run fast "$FAST_GAMES" 2+0.02 "" ;; esac
+case " $PARTS " in *" ponder "*) run ponder "$PONDER_GAMES" 10+0.1 ponder ;; esac
 echo "PGN and logs in $OUT"
