@@ -115,7 +115,7 @@ void makeMove(Position& pos, Move m) {
   st->psqScore += PieceSquare[p][to] - PieceSquare[p][from];
   const Key delta = Zobrist.pieceSquare[p][from] ^ Zobrist.pieceSquare[p][to];
   const int captured = pos.board[to];
-  st->captured = std::uint8_t(captured);
+  st->capturedPiece = std::uint8_t(captured);
   st->key ^= delta ^ Zobrist.side;
   if (p == T::OwnPawn || p == T::OwnKing) st->pawnKey ^= delta;
 
@@ -197,7 +197,7 @@ void unmakeMove(Position& pos, Move m) {
   } else {
     pos.pieces[p] ^= toBit;
   }
-  const int captured = pos.state->captured;
+  const int captured = pos.state->capturedPiece;
   pos.board[from] = std::uint8_t(p);
   pos.board[to] = std::uint8_t(captured);
   if (p == T::OwnKing) {

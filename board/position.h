@@ -19,7 +19,7 @@ struct StateEntry {
   std::uint8_t castle;          // castling rights
   std::uint8_t rule50;          // half-moves since the last capture or pawn move (null moves count)
   std::uint8_t epSquare;        // en-passant target, 0 = none
-  std::uint8_t captured;        // piece captured by the move that led here (0 also for en passant)
+  std::uint8_t capturedPiece;       // piece captured by the move that led here (0 also for en passant)
   // Written by the evaluation's attack summary.
   Bitboard attackedByWhite;
   Bitboard attackedByBlack;
@@ -30,15 +30,15 @@ struct StateEntry {
   std::int32_t positionalEval;  // White's point of view, evaluation minus material
   Bitboard pinned;              // side to move's pieces pinned against its own king
   Move move;                    // the move that led here; 0 after a null move; best-move slot of the parent
-  std::uint8_t evalFinal;       // the static evaluation is the exact value, no search needed
+  std::uint8_t decisiveEval;    // a cached evaluation beyond +-15000 was used
   std::uint8_t lazyCount;       // lazy estimates in a row that led to staticEval; 0 after a full one
   std::uint8_t savedNullBits;   // copy of nullBits taken before a null move
   std::uint8_t nullBits;        // null-move permissions: bit 0 exclusion nodes, bit 1 cut and all nodes
   Move killer1;
   Move killer2;
-  std::uint8_t decisiveEval;    // a cached evaluation beyond +-15000 was used
   std::uint8_t evalFlags;       // material flags of the position (see the evaluation driver)
-  std::uint32_t spare;
+  std::uint8_t evalFinal;       // the static evaluation is the exact value, no search needed
+  std::uint8_t spare[4];
   Bitboard checkCandidates;     // squares of pieces whose quiet moves may give check: never pruned
   Bitboard quietExemptions;     // second exemption set of the shallow-node futility
   Bitboard exchangeExclusion;   // captures from these squares need no exchange test in quiescence
@@ -46,10 +46,12 @@ struct StateEntry {
 };
 
 static_assert(sizeof(StateEntry) == 128, "a state entry is 128 bytes");
-static_assert(offsetof(StateEntry, captured) == 31, "a make copies the first 32 bytes");
+static_assert(offsetof(StateEntry, capturedPiece) == 31, "a make copies the first 32 bytes");
 static_assert(offsetof(StateEntry, attackedByWhite) == 32);
 static_assert(offsetof(StateEntry, staticEval) == 64, "a null make copies the first 64 bytes");
 static_assert(offsetof(StateEntry, move) == 80);
+static_assert(offsetof(StateEntry, decisiveEval) < offsetof(StateEntry, lazyCount) &&
+              offsetof(StateEntry, lazyCount) < offsetof(StateEntry, evalFlags));
 
 // The game position plus what a search needs in its record.
 constexpr int StateStackEntries = 4352;   // enough for MaxGamePlies moves and a full-depth search

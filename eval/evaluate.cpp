@@ -32,7 +32,7 @@ void updateGain(Position& pos, Move lastMove) {
   if (lastMove == NoMove || pos.state == pos.stateStack) return;
   const StateEntry& st = pos.st();
   const StateEntry& prev = pos.previous();
-  if (prev.lazyCount != 0 || st.captured != 0 || moveKind(lastMove) == EnPassantMove) return;
+  if (prev.lazyCount != 0 || st.capturedPiece != 0 || moveKind(lastMove) == EnPassantMove) return;
   int gain = st.positionalEval - prev.positionalEval;
   if (pos.sideToMove == White) gain = -gain;   // Black made the move
   gain = gain > 32767 ? 32767 : gain < -32768 ? -32768 : gain;
@@ -56,7 +56,7 @@ bool tryLazyEstimate(Position& pos, const MaterialInfo& mi, int lower, int upper
     int to = moveTo(lastMove), from = moveFrom(lastMove);
     int piece = pos.board[to];
     delta = PieceSquare[piece][to] - PieceSquare[piece][from];
-    if (st.captured) delta -= PieceSquare[st.captured][to];
+    if (st.capturedPiece) delta -= PieceSquare[st.capturedPiece][to];
     else if (moveKind(lastMove) == EnPassantMove) delta -= PieceSquare[piece ^ 8][to];
   }
   int phase = gamePhase(st.materialKey);

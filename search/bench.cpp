@@ -75,7 +75,7 @@ bool benchSearch(const char* fen, int depth, std::uint64_t& nodes, std::uint16_t
   bestMove = 0;
   if (!setFromFen(rec, fen)) return false;
   // A fixed table size keeps the signature independent of the Hash option.
-  if (Tt.entryCount != BenchTableEntries) resizeTable(BenchHashMegabytes);
+  if (Tt.entries != BenchTableEntries) resizeTable(BenchHashMegabytes);
   clearTables();
   clearHistory();
   // Killers live in the state entries above the root: nothing of an earlier search may stay.

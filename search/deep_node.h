@@ -168,7 +168,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
       score = -evasionSearch<Them>(pos, 1 - beta, depth - 1);
     } else {
       // Move-count pruning: late moves whose result stays far below beta.
-      if (n > params::FutilityMinMoves && prunable && pos.st().captured == 0 &&
+      if (n > params::FutilityMinMoves && prunable && pos.st().capturedPiece == 0 &&
           moveKind(m) != EnPassantMove &&
           (params::MoveCountMarginShift << (depth - 6)) - pos.st().staticEval <
               n + beta - params::MoveCountOffset) {

@@ -172,7 +172,7 @@ struct LastTargetScope {
   Position& pos;
   int saved;
   LastTargetScope(Position& p, Move m) : pos(p), saved(p.search.lastTarget) {
-    if (p.st().captured || moveKind(m) == EnPassantMove) p.search.lastTarget = moveTo(m);
+    if (p.st().capturedPiece || moveKind(m) == EnPassantMove) p.search.lastTarget = moveTo(m);
   }
   ~LastTargetScope() { pos.search.lastTarget = saved; }
   LastTargetScope(const LastTargetScope&) = delete;

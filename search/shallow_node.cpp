@@ -93,7 +93,7 @@ int shallowNode(Position& pos, int beta, int depth) {
       score = -evasionSearch<Them>(pos, 1 - beta, depth - 1);
     } else {
       // Move-count pruning.
-      if (n > params::ShallowMoveCountBase + depth && pos.st().captured == 0 &&
+      if (n > params::ShallowMoveCountBase + depth && pos.st().capturedPiece == 0 &&
           moveKind(m) != EnPassantMove &&
           params::ShallowMoveCountPerDepth * depth - pos.st().staticEval < n + beta - params::MoveCountOffset) {
         undoMove<Us>(pos, m);

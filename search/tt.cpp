@@ -56,9 +56,9 @@ int resizeTable(int megabytes) {
   std::uint64_t bytes = std::uint64_t(std::max(megabytes, 0)) << 20;
   std::uint64_t entries = std::min<std::uint64_t>(bytes / sizeof(TtEntry), std::uint64_t(1) << 32);
   entries = std::max<std::uint64_t>(entries, TtBucketEntries);   // at least one bucket
-  if (Tt.entries) alignedFree(Tt.entries);
-  Tt.entries = static_cast<TtEntry*>(alignedAlloc(entries * sizeof(TtEntry)));
-  Tt.entryCount = entries;
+  if (Tt.table) alignedFree(Tt.table);
+  Tt.table = static_cast<TtEntry*>(alignedAlloc(entries * sizeof(TtEntry)));
+  Tt.entries = entries;
   Tt.indexMask = entries - TtBucketEntries;
   Tt.searchAge = 0;
   Tt.clean = false;
@@ -71,9 +71,9 @@ void clearTables() {
   // new game): the tables already hold their cleared state.
   if (!Tt.clean) {
     // One pass over the main table: each entry written once with its cleared value.
-    if (Tt.entries) std::fill_n(Tt.entries, Tt.entryCount, ClearedEntry);
+    if (Tt.table) std::fill_n(Tt.table, Tt.entries, ClearedEntry);
     std::memset(static_cast<void*>(PvTable), 0, sizeof PvTable);
-    Tt.clean = Tt.entries != nullptr;
+    Tt.clean = Tt.table != nullptr;
   }
   Tt.searchAge = 0;
 }

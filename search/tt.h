@@ -36,9 +36,9 @@ struct alignas(64) TtBucket {
 static_assert(sizeof(TtBucket) == 64 && alignof(TtBucket) == 64, "a bucket is one cache line");
 
 struct TranspositionTable {
-  TtEntry* entries = nullptr;
-  std::uint64_t entryCount = 0;
-  std::uint64_t indexMask = 0;     // entryCount - 4: a power of two less 4 only for power-of-two sizes
+  TtEntry* table = nullptr;          // the entries, 64-byte aligned
+  std::uint64_t entries = 0;
+  std::uint64_t indexMask = 0;     // entries - 4: a power of two less 4 only for power-of-two sizes
   std::uint64_t searchAge = 0;     // the low byte is what entries store
   bool clean = false;              // nothing stored since the last clear: clearing again is a no-op
 };
@@ -64,7 +64,7 @@ void newSearch();
 
 // The first of the four entries of the key's bucket.
 inline TtEntry* ttBucket(Key key) {
-  return Tt.entries + (std::uint32_t(key) & Tt.indexMask);
+  return Tt.table + (std::uint32_t(key) & Tt.indexMask);
 }
 inline std::uint32_t ttCheck(Key key) { return std::uint32_t(key >> 32); }
 inline std::uint8_t ttAge() { return std::uint8_t(Tt.searchAge); }

@@ -178,7 +178,7 @@ TEST(MakeUnmake, IncrementalCases) {
     EXPECT_EQ(pos.state->castle, c.castle) << c.fen;
     EXPECT_EQ(pos.state->epSquare, c.epSquare) << c.fen;
     EXPECT_EQ(pos.state->rule50, c.rule50) << c.fen;
-    EXPECT_EQ(pos.state->captured, c.captured) << c.fen;
+    EXPECT_EQ(pos.state->capturedPiece, c.captured) << c.fen;
     EXPECT_EQ(pos.board[moveTo(c.move)], c.pieceOnTo) << c.fen;
     expectDerivedStateMatches(pos, c.fen);
   }

@@ -80,7 +80,7 @@ TEST(MovePicker, ReducedSequenceOnlyCapturesAndChecks) {
     makeMoveWhite(pos, m);
     evaluateFull(pos);
     const bool check = pos.st().blackKingAttackers != 0;
-    const bool capture = pos.st().captured != 0;
+    const bool capture = pos.st().capturedPiece != 0;
     unmakeMoveWhite(pos, m);
     EXPECT_TRUE(check || capture) << text(m);
   }

@@ -23,14 +23,14 @@ class TtTest : public ::testing::Test {
 
 TEST_F(TtTest, SizingFromMegabytes) {
   resizeTable(126);
-  EXPECT_EQ(Tt.entryCount, 8257536u);
+  EXPECT_EQ(Tt.entries, 8257536u);
   EXPECT_EQ(Tt.indexMask, 0x7DFFFCu);
-  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(Tt.entries) % 64, 0u);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(Tt.table) % 64, 0u);
   resizeTable(0);   // tiny sizes still get one bucket
-  EXPECT_EQ(Tt.entryCount, 4u);
+  EXPECT_EQ(Tt.entries, 4u);
   EXPECT_EQ(Tt.indexMask, 0u);
   storeLower(keyOf(7, 0xFFFFFFFF), 5, 10, 0);
-  EXPECT_EQ(ttBucket(keyOf(7, 0xFFFFFFFF)), Tt.entries);
+  EXPECT_EQ(ttBucket(keyOf(7, 0xFFFFFFFF)), Tt.table);
 }
 
 TEST_F(TtTest, ClearingAndAgeing) {
@@ -53,8 +53,8 @@ TEST_F(TtTest, ClearingRestoresEveryEntry) {
   clearTables();
   EXPECT_EQ(Tt.searchAge, 0u);
   EXPECT_EQ(pvTableMove(keyOf(1)), NoMove);
-  for (std::uint64_t n = 0; n < Tt.entryCount; ++n) {
-    const TtEntry& e = Tt.entries[n];
+  for (std::uint64_t n = 0; n < Tt.entries; ++n) {
+    const TtEntry& e = Tt.table[n];
     ASSERT_TRUE(e.key == 0 && e.flags == 0 && e.age == 128 && e.depthUpper == 0 && e.depthLower == 0 &&
                 e.valueLower == 0 && e.valueUpper == 0 && e.move == 0 && e.spare == 0)
         << "entry " << n;
