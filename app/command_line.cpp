@@ -6,6 +6,8 @@
 #include "app/console.h"
 #include "app/platform.h"
 #include "uci/dispatcher.h"
+#include "uci/globals.h"
+#include "uci/go_command.h"
 
 namespace tavrin {
 
@@ -16,6 +18,12 @@ LineReader StdinReader(readStdin);
 void readCommandLine(Position& pos) {
   char line[LineBufferBytes];
   if (!StdinReader.readLine(line)) {
+    // End of input: a running search is stopped (its best move follows), a search waiting for
+    // "stop" is released; with no search the process ends.
+    if (Engine.searchRunning || searchWaiting()) {
+      stopSearch();
+      return;
+    }
     std::fflush(stdout);
     std::_Exit(0);
   }

@@ -26,9 +26,8 @@ class LineReader {
   // Blocks until a line (or the end of input) is there. Returns false when the input has ended
   // and nothing was read; otherwise writes the NUL-terminated line into out (LineBufferBytes).
   bool readLine(char* out);
-  // True when readLine would return a line without blocking. Never blocks: it takes in at most
-  // what the source has ready (when ready() says so). The end of input with nothing buffered
-  // counts as no line, so that a search still running is not cut off by a closed pipe.
+  // True when readLine would return without blocking: a line, or the end of input. Never blocks:
+  // it takes in at most what the source has ready (when ready() says so).
   bool lineReady(bool (*ready)());
   // True when some input (a whole or partial line) is already buffered.
   bool hasBuffered() const { return begin_ < end_; }
@@ -43,8 +42,9 @@ class LineReader {
   char buffer_[LineBufferBytes];
 };
 
-// Reads one line from standard input and dispatches it with pos. At the end of input the process
-// ends with exit status 0 (output flushed first).
+// Reads one line from standard input and dispatches it with pos. At the end of input a running
+// or waiting search is stopped (its best move is printed); otherwise the process ends with exit
+// status 0 (output flushed first).
 void readCommandLine(Position& pos);
 // True when a command line is waiting on standard input (for the polling inside a search).
 bool commandLineWaiting();

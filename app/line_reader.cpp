@@ -51,10 +51,10 @@ bool LineReader::readLine(char* out) {
 
 bool LineReader::lineReady(bool (*ready)()) {
   if (completeLineBuffered()) return true;
-  if (ended_) return hasBuffered();
+  if (ended_) return true;
   if (!ready()) return false;
   fill();
-  return completeLineBuffered() || (ended_ && hasBuffered());
+  return completeLineBuffered() || ended_;
 }
 
 }  // namespace tavrin

@@ -5,11 +5,16 @@ namespace tavrin {
 
 PvEntry PvTable[PvTableEntries];
 
-Move pvTableMove(Key key) {
-  PvEntry* bucket = pvBucket(key);
+const PvEntry* pvTableEntry(Key key) {
+  const PvEntry* bucket = pvBucket(key);
   for (int i = 0; i < 4; ++i)
-    if (bucket[i].key == key) return bucket[i].move;
-  return NoMove;
+    if (bucket[i].key == key) return bucket + i;
+  return nullptr;
+}
+
+Move pvTableMove(Key key) {
+  const PvEntry* e = pvTableEntry(key);
+  return e ? e->move : NoMove;
 }
 
 }  // namespace tavrin

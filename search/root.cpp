@@ -20,6 +20,8 @@ RootLine RootLines[MaxRootLines];
 SearchSettings Settings;
 std::uint8_t RootFailingLow = 0;
 std::uint8_t RootBestMoveChanged = 0;
+std::uint8_t RootSearchStarted = 0;
+std::uint8_t RootNewPosition = 0;
 
 namespace {
 
@@ -145,10 +147,11 @@ int rootSearch(Position& pos, int alpha, int beta, int depth) {
     }
   }
 
-  // 4. Re-sort by the new scores and store the result.
+  // 4. Re-sort by the new scores and store the result: exact with the best move whenever a move
+  // raised alpha (after a fail-high too).
   sortRootMoves(0, rootMoveCount());
   if (!bestMove) storeUpper(rootKey, depth, best);
-  else if (best < beta) storeExact(rootKey, depth, best, bestMove);
+  else storeExact(rootKey, depth, best, bestMove);
   return best;
 }
 
@@ -243,7 +246,6 @@ void iterate(Position& pos) {
   Root = RootResult{};
   RootFailingLow = RootBestMoveChanged = 0;
   for (RootLine& line : RootLines) line = RootLine{};
-  resetPvLineRecord();
   pos.search.selDepth = 0;
   pos.search.lastTarget = -1;
   Split.threadWork[0] = &pos;
@@ -327,6 +329,12 @@ void runRootSearch(Position& pos) {
   } catch (const SearchAborted&) {
     unwindToRoot(pos, root);
     Root.selDepth = pos.search.selDepth;
+    // Stopped before the first root move was settled (even while the root list was being
+    // built): a position with a legal move still answers with one.
+    if (!Root.bestMove) {
+      MoveWord list[MaxMoves];
+      if (generateLegalMoves(pos, list) != list) Root.bestMove = wordMove(list[0]);
+    }
     throw;
   }
   Root.selDepth = pos.search.selDepth;

@@ -85,6 +85,8 @@ void storeWeakUpper(Key key, int depth, int value);
 void storeWeakLower(Key key, int depth, int value, Move move);
 void storeExact(Key key, int depth, int score, Move move);
 
+// The PV table's entry for the key (the whole key compared), or nullptr.
+const PvEntry* pvTableEntry(Key key);
 // The PV table's move for the key, 0 when it holds none.
 Move pvTableMove(Key key);
 

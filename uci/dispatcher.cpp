@@ -55,6 +55,10 @@ void identify() {
 
 void stopSearch() {
   Engine.stopRequested = 1;
+  stopSearchAtLimit();
+}
+
+void stopSearchAtLimit() {
   if (Engine.searchRunning) throw SearchAborted{};
 }
 

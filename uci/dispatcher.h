@@ -13,8 +13,11 @@ inline constexpr const char* AuthorCredit = "Tavrin developers";
 void dispatchCommand(Position& pos, const char* line);
 // Sets up the start position and clears every table that a game leaves behind.
 void startNewGame(Position& pos);
-// The stop handler of "stop" and "ucinewgame" and of the spent limits: sets stopRequested and,
+// The stop handler of "stop" and "ucinewgame" (and of the end of input): sets stopRequested and,
 // while a search runs, leaves it by throwing SearchAborted.
 void stopSearch();
+// A spent limit (depth, time, nodes) leaves a running search the same way but is no "stop": an
+// infinite or pondering search still holds its best move until one arrives.
+void stopSearchAtLimit();
 
 }  // namespace tavrin

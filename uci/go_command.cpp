@@ -21,6 +21,13 @@ const char* nextWord(const char* text, char* word) { return readWord(text, word,
 // The number after a valued keyword as the 32-bit value the limits are computed from.
 std::int32_t asInt32(std::int64_t v) { return std::int32_t(std::uint32_t(std::uint64_t(v))); }
 
+// Milliseconds to microseconds. Clock numbers are read whole (64-bit); beyond a million years
+// they are held there, so that the product cannot overflow.
+std::int64_t millisToMicros(std::int64_t ms) {
+  constexpr std::int64_t Bound = std::int64_t(1) << 45;
+  return (ms > Bound ? Bound : ms < -Bound ? -Bound : ms) * 1000;
+}
+
 enum class Keyword { None, Depth, Nodes, Movetime, Wtime, Btime, Winc, Binc, Movestogo, Infinite, Ponder, Searchmoves };
 
 Keyword keywordOf(const char* word) {
@@ -61,8 +68,9 @@ void parseGo(const char* line, const Position& pos) {
   for (text = nextWord(text, word); word[0]; text = nextWord(text, word)) {
     Keyword k = keywordOf(word);
     if (k == Keyword::None) {
+      // A word that is no move is skipped: it must not end the list (0 is the list's end).
       if (L.searchMovesFlag && searchMoveCount < int(std::size(L.searchMoves)) - 1)
-        L.searchMoves[searchMoveCount++] = readMoveText(pos, word);
+        if (const Move m = readMoveText(pos, word)) L.searchMoves[searchMoveCount++] = m;
       continue;
     }
     if (k == Keyword::Ponder) {
@@ -96,10 +104,10 @@ void parseGo(const char* line, const Position& pos) {
       case Keyword::Movetime:
         // A 10 ms margin for the reply to travel; a movetime of 10 or less stops at the first check.
         L.movetimeFlag = 1;
-        L.hardLimit = (std::int64_t(n32 > 1 ? n32 : 1) - 10) * 1000;
+        L.hardLimit = millisToMicros((n > 1 ? n : 1) - 10);
         break;
-      case Keyword::Wtime: L.wtime = std::int64_t(n32) * 1000; break;
-      case Keyword::Btime: L.btime = std::int64_t(n32) * 1000; break;
+      case Keyword::Wtime: L.wtime = millisToMicros(n); break;
+      case Keyword::Btime: L.btime = millisToMicros(n); break;
       case Keyword::Winc: L.winc = std::int32_t(std::uint32_t(n32) * 1000u); break;
       case Keyword::Binc: L.binc = std::int32_t(std::uint32_t(n32) * 1000u); break;
       case Keyword::Movestogo: L.movesToGo = n32; break;

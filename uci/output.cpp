@@ -50,15 +50,25 @@ bool playChecked(Position& pos, Move m) {
   return true;
 }
 
-// The move stored for the key: the PV table first, then the main table's bucket.
+// The move stored for the key: the PV table's entry when it has one (its move may be 0, which
+// ends the line), else the first entry of the main table's bucket that holds the key.
 Move storedMove(Key key) {
-  Move m = pvTableMove(key);
-  if (m) return m;
+  if (const PvEntry* pv = pvTableEntry(key)) return pv->move;
   const TtEntry* e = ttBucket(key);
-  int moveDepth = -1;
   for (int i = 0; i < TtBucketEntries; ++i, ++e)
-    if (e->key == ttCheck(key) && e->move && e->depthLower > moveDepth) m = e->move, moveDepth = e->depthLower;
-  return m;
+    if (e->key == ttCheck(key)) return e->move;
+  return NoMove;
+}
+
+// Cuts a PV text after its first `moves` moves, keeping the blank behind the last one kept.
+// (Five characters a move, as the display was laid out for, would split a promotion.)
+void keepMoves(char* text, int moves) {
+  char* p = text;
+  for (int kept = 0; *p && kept < moves; ++kept) {
+    while (*p && *p != ' ') ++p;
+    if (*p) ++p;
+  }
+  *p = 0;
 }
 
 }  // namespace
@@ -134,10 +144,7 @@ void printPvLine(Position& pos, std::int64_t elapsedMicros, int score) {
     if (RootLines[i].move == NoMove) return;
     char text[PvTextSize];
     pvText(pos, RootLines[i].move, text, sizeof text);
-    if (Engine.multiPV == 1) {
-      std::size_t cut = std::size_t(plies + 2 * h);
-      if (std::strlen(text) > cut) text[cut] = 0;
-    }
+    if (Engine.multiPV == 1) keepMoves(text, plies);
     if (plies == 1 && (RootLines[i].score > 5 || RootLines[i].score < -5)) RootLines[i].score = 0;
 
     const bool repeat = nodes == Last.nodes || h == Last.depth || std::strcmp(text, Last.pv) == 0;
@@ -159,11 +166,11 @@ void printPvLine(Position& pos, std::int64_t elapsedMicros, int score) {
   }
 }
 
-void printBestMove(Position& pos) {
+void bestMoveLine(Position& pos, bool playable, char* out, std::size_t size) {
   char best[8], ponder[8];
   const Move m = Root.bestMove & 0x7FFF;
-  if (m == NoMove) {
-    emit("bestmove 0000\n");
+  if (!playable || m == NoMove) {
+    std::snprintf(out, size, "bestmove 0000\n");
     return;
   }
   Move candidate = NoMove;
@@ -177,14 +184,18 @@ void printBestMove(Position& pos) {
     }
     unmakeMove(pos, m);
   }
+  std::snprintf(out, size, "bestmove %s ponder %s\n", moveText(m, best), moveText(candidate, ponder));
+}
+
+void printBestMove(Position& pos, bool playable) {
   char line[64];
-  std::snprintf(line, sizeof line, "bestmove %s ponder %s\n", moveText(m, best), moveText(candidate, ponder));
+  bestMoveLine(pos, playable, line, sizeof line);
   emit(line);
 }
 
 int lastPrintedDepth() { return Last.depth; }
 
-void resetPvLineRecord() {
+void forgetLastPvLine() {
   Last = LastLine{};
 }
 

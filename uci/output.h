@@ -1,6 +1,7 @@
 // Protocol text of search results: scores, moves, PV info lines and the best-move line.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "board/position.h"
@@ -14,13 +15,15 @@ char* moveText(Move m, char* buf);
 
 // The principal-variation info line(s) after an iteration or at the finish.
 void printPvLine(Position& pos, std::int64_t elapsedMicros, int score);
-// "bestmove ... ponder ..." (or "bestmove 0000").
-void printBestMove(Position& pos);
-// Iteration depth (half-plies) of the last PV line printed in this search.
+// "bestmove ... ponder ...\n" for the search's best move ("bestmove 0000\n" when there is none or
+// the position could not be searched), written into out; printBestMove prints it.
+void bestMoveLine(Position& pos, bool playable, char* out, std::size_t size);
+void printBestMove(Position& pos, bool playable = true);
+// Iteration depth (half-plies) of the last PV line printed or suppressed. The record is kept
+// across searches, so a repeat of the last line of the previous search is suppressed too.
 int lastPrintedDepth();
-// Forgets the last printed line (start of a search), so that nothing of an earlier search
-// suppresses the new one's lines.
-void resetPvLineRecord();
+// Forgets the last printed line; the engine never does, tests start from a clean record.
+void forgetLastPvLine();
 
 // "info depth N" and "info currmove M currmovenumber K" of the root search.
 void printInfoDepth(int plies);

@@ -35,15 +35,15 @@ void periodicCheck(Position& pos, int depth) {
   if (!Engine.searchRunning) return;
   const std::int64_t elapsed = wallClockMicros() - Limits.startTime;
 
-  if (depth == Limits.depthLimit && Limits.depthLimit != 0) stopSearch();
+  if (depth == Limits.depthLimit && Limits.depthLimit != 0) stopSearchAtLimit();
   if (Engine.progressLines && elapsed - Limits.lastProgressTime > ProgressInterval) printProgress(elapsed, nodes);
 
   if (!Engine.infiniteMode && !Engine.ponderMode) {
-    if (elapsed > Limits.hardLimit) stopSearch();
-    if (nodes > Limits.nodeLimit && Limits.nodeLimitFlag > 0) stopSearch();
+    if (elapsed > Limits.hardLimit) stopSearchAtLimit();
+    if (nodes > Limits.nodeLimit && Limits.nodeLimitFlag > 0) stopSearchAtLimit();
     if (depth != 0 || Engine.ponderHitTimeReset) {
       Engine.ponderHitTimeReset = 0;
-      if (!threeQuarterStopHeldBack() && elapsed >= Limits.threeQuarterTargetPoll) stopSearch();
+      if (!threeQuarterStopHeldBack() && elapsed >= Limits.threeQuarterTargetPoll) stopSearchAtLimit();
     }
   }
 

@@ -6,6 +6,7 @@
 #include "board/make_move.h"
 #include "board/movegen.h"
 #include "eval/evaluate.h"
+#include "search/search.h"
 #include "uci/decimal.h"
 #include "uci/globals.h"
 #include "uci/position_command.h"
@@ -179,6 +180,7 @@ void playMoveList(Position& pos, const char* text) {
 void positionCommand(Position& pos, const char* text) {
   Engine.positionReady = 1;
   pos.nodes = 0;
+  RootNewPosition = 1;
   char word[WordBytes];
   const char* after = nextWord(text, word);
   if (std::strcmp(word, "startpos") == 0) {

@@ -1,6 +1,8 @@
 // The search starter: prepares the search's own record from the root position, runs the root
 // search until it ends or is aborted, then the finish step with its waits and the best move.
+#include <array>
 #include <cstring>
+#include <vector>
 
 #include "app/console.h"
 #include "app/platform.h"
@@ -15,14 +17,14 @@ namespace tavrin {
 
 namespace {
 
+// The part of the state stack that each go clears above the root's two entries.
+constexpr std::ptrdiff_t CompactedEntries = 256;
+
 // What the finish step needs to print from the root again: the board part and the two stack
-// entries the search started from. A nested go during an infinite or ponder wait reuses the
-// search record and the result, so the outer search restores both before its best-move line.
+// entries the search started from.
 struct RootSnapshot {
   std::uint8_t board[BoardPartBytes];
   StateEntry entries[2];
-  std::uint64_t nodes;
-  RootResult result;
 };
 
 void takeSnapshot(RootSnapshot& s, const Position& rec) {
@@ -37,10 +39,9 @@ void restoreSnapshot(const RootSnapshot& s, Position& rec) {
   rec.state = rec.stateStack + 1;
 }
 
-// Counts searches, so that the finish step can tell whether a nested one ran during its wait.
-std::uint64_t SearchGeneration = 0;
-
-// The key history for repetitions, the analysis rule, and the compacted stack of the root.
+// The key history for repetitions, the analysis rule, and the compacted stack of the root: the
+// current entry moves to the second slot, the first slot and the rest of the stack's first
+// 256 entries are zeroed.
 void prepareRoot(Position& pos) {
   const std::ptrdiff_t current = pos.state - pos.stateStack;
   for (std::ptrdiff_t i = 0; i <= current; ++i) pos.keyHistory[i] = pos.stateStack[i].key;
@@ -54,8 +55,8 @@ void prepareRoot(Position& pos) {
     }
   if (current != 1) std::memcpy(static_cast<void*>(pos.stateStack + 1), pos.state, sizeof(StateEntry));
   std::memset(static_cast<void*>(pos.stateStack), 0, sizeof(StateEntry));
-  const std::ptrdiff_t used = current > 1 ? current : 1;
-  std::memset(static_cast<void*>(pos.stateStack + 2), 0, std::size_t(used - 1) * sizeof(StateEntry));
+  const std::ptrdiff_t cleared = current > CompactedEntries ? current + 1 : CompactedEntries;
+  std::memset(static_cast<void*>(pos.stateStack + 2), 0, std::size_t(cleared - 2) * sizeof(StateEntry));
   pos.state = pos.stateStack + 1;
   pos.ply = 0;
 }
@@ -72,20 +73,21 @@ void prepareRecord(const Position& root, Position& rec) {
   rec.workerCount = 0;
 }
 
-}  // namespace
-
-void startSearch(Position& pos) {
+// One search from go to the end of the finish step's PV line: the search starter's steps and
+// finish steps 1 to 3. The record is left at the root. False when the position cannot be searched.
+bool runSearch(Position& pos, Position& rec) {
+  RootSearchStarted = 1;
   Engine.firstSearch = 0;
   timerBegin();
   Limits.startTime = wallClockMicros();
   Limits.startCpuTime = processCpuMicros();
-  ++SearchGeneration;
 
   prepareRoot(pos);
   newSearch();
   Root = RootResult{};
+  Root.bestScore = -MateScore;
+  RootFailingLow = 0;
 
-  Position& rec = SearchRecords[0];
   prepareRecord(pos, rec);
   RootSnapshot snapshot;
   takeSnapshot(snapshot, rec);
@@ -106,24 +108,67 @@ void startSearch(Position& pos) {
   const int depthReached = Root.completedDepth;
   Engine.lastSearchDepth = depthReached;
   restoreSnapshot(snapshot, rec);
-  snapshot.nodes = rec.nodes;
-  snapshot.result = Root;
   if (playable && depthReached > lastPrintedDepth())
     printPvLine(rec, wallClockMicros() - Limits.startTime, Root.bestScore);
+  return playable;
+}
 
-  const std::uint64_t generation = SearchGeneration;
-  while (Engine.infiniteMode && !Engine.stopRequested) readCommandLine(pos);
-  while (Engine.ponderMode && !Engine.stopRequested && !Engine.ponderHit) readCommandLine(pos);
-  if (generation != SearchGeneration) {
-    restoreSnapshot(snapshot, rec);
-    rec.nodes = snapshot.nodes;
-    Root = snapshot.result;
+// The finish step's waits: an infinite search holds its best move until "stop", a pondering one
+// until "stop" or "ponderhit". A stop by a limit (a carried-over depth) does not release them.
+bool mustWait() {
+  if (Engine.stopRequested) return false;
+  return Engine.infiniteMode || (Engine.ponderMode && !Engine.ponderHit);
+}
+
+// While a finish step waits, a "go" does not start its search from inside the wait (which would
+// nest without bound); it is noted here and the waiting search starter runs it.
+bool Waiting = false;
+bool GoDuringWait = false;
+
+constexpr std::size_t BestMoveLineBytes = 32;
+
+}  // namespace
+
+bool searchWaiting() { return Waiting; }
+
+void startSearch(Position& pos) {
+  if (Waiting) {
+    GoDuringWait = true;
+    return;
   }
-  if (playable)
-    printBestMove(rec);
-  else
-    printOut("bestmove 0000\n");
-  timerEnd();
+  Position& rec = SearchRecords[0];
+  // The best-move lines of searches whose wait a later go interrupted, oldest first. A stop
+  // releases them all, newest first, as if each search had started inside the previous one.
+  std::vector<std::array<char, BestMoveLineBytes>> owed;
+  bool playable = runSearch(pos, rec);
+  bool live = true;   // the newest search's line is still to be printed (from the record)
+  for (;;) {
+    if (mustWait()) {
+      Waiting = true;
+      readCommandLine(pos);
+      Waiting = false;
+      if (GoDuringWait) {
+        GoDuringWait = false;
+        if (live) {
+          owed.emplace_back();
+          bestMoveLine(rec, playable, owed.back().data(), BestMoveLineBytes);
+        }
+        playable = runSearch(pos, rec);
+        live = true;
+      }
+      continue;
+    }
+    // Finish step 6.
+    if (live) {
+      printBestMove(rec, playable);
+      live = false;
+    } else {
+      printOut("%s", owed.back().data());
+      owed.pop_back();
+    }
+    timerEnd();
+    if (owed.empty()) return;
+  }
 }
 
 }  // namespace tavrin

@@ -96,7 +96,8 @@ TEST(LineReader, ReadinessCountsBufferedInputAndWholeLinesOnly) {
   EXPECT_TRUE(reader->lineReady(alwaysReady));   // the source reports its end: the rest is a line
   ASSERT_TRUE(reader->readLine(line.get()));
   EXPECT_STREQ(line.get(), "partia");
-  // At the end with nothing buffered no line is ready (a running search goes on) and a read fails.
-  EXPECT_FALSE(reader->lineReady(alwaysReady));
+  // At the end with nothing buffered the end itself is ready (so that a running search hears of
+  // it) and a read fails.
+  EXPECT_TRUE(reader->lineReady(alwaysReady));
   EXPECT_FALSE(reader->readLine(line.get()));
 }

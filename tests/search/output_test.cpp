@@ -76,7 +76,7 @@ TEST_F(PvWalk, PvLineFormatAndCut) {
   for (const auto& c : cases) {
     clearTables();
     storeLine(c.pvTable);
-    resetPvLineRecord();
+    forgetLastPvLine();
     Root = RootResult{};
     Root.bestMove = makeMove(E2, E4);
     Root.iterationDepth = c.iterationDepth;

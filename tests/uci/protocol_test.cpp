@@ -1,6 +1,7 @@
 // Byte-exact protocol exchanges with the built engine through pipes.
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -356,5 +357,115 @@ TEST(ProtocolSearch, MatingMoveFromEitherSide) {
     ASSERT_TRUE(best) << c.fen;
     EXPECT_EQ(best->compare(0, std::string(c.bestmove).size(), c.bestmove), 0) << c.fen << ": " << *best;
   }
+  expectCleanEnd(e);
+}
+
+// Faults a fuzzer of the command loop found; each line of the table is one session.
+TEST(ProtocolSearch, WaitsHoldTheBestMoveUntilStopEvenAfterALimitEndedTheSearch) {
+  // A carried-over depth limit ends the search at once; the wait must still hold the answer.
+  for (const char* mode : {"go infinite", "go ponder"}) {
+    EngineProcess e;
+    e.sendLine("position startpos");
+    e.sendLine("go depth 1");
+    ASSERT_TRUE(e.readUntil("bestmove ", Reply));
+    e.sendLine(mode);
+    EXPECT_FALSE(e.readUntil("bestmove", 500)) << mode;
+    e.sendLine(std::string(mode) == "go ponder" ? "ponderhit" : "stop");
+    EXPECT_TRUE(e.readUntil("bestmove ", Reply)) << mode;
+    expectCleanEnd(e);
+  }
+}
+
+TEST(ProtocolSearch, ManyGosDuringAWaitNeitherNestNorLoseAnAnswer) {
+  EngineProcess e;
+  e.sendLine(std::string("position fen ") + MatedFen);
+  for (int i = 0; i < 300; ++i) e.sendLine("go infinite");
+  e.sendLine("stop");
+  int answers = 0;
+  while (auto best = e.readUntil("bestmove", answers ? 2000 : Reply)) {
+    EXPECT_EQ(*best, "bestmove 0000");
+    if (++answers == 300) break;
+  }
+  EXPECT_EQ(answers, 300);
+  expectAlive(e);
+  expectCleanEnd(e);
+}
+
+TEST(ProtocolSearch, TinyLimitsStillAnswerALegalMove) {
+  for (const char* go : {"go nodes 1", "go movetime 1"}) {
+    EngineProcess e;
+    e.sendLine("position startpos");
+    for (int i = 0; i < 200; ++i) e.sendLine(go);
+    for (int i = 0; i < 200; ++i) {
+      auto best = e.readUntil("bestmove ", Reply);
+      ASSERT_TRUE(best) << go << " #" << i;
+      ASSERT_NE(*best, "bestmove 0000") << go << " #" << i;
+    }
+    expectCleanEnd(e);
+  }
+}
+
+TEST(ProtocolSearch, EndOfInputStopsASearchWithoutLimits) {
+  for (const char* go : {"go infinite", "go", "go ponder"}) {
+    EngineProcess e;
+    e.sendLine("position startpos");
+    e.sendLine(go);
+    usleep(200000);
+    e.closeInput();
+    auto best = e.readUntil("bestmove ", Reply);
+    ASSERT_TRUE(best) << go;
+    EXPECT_NE(*best, "bestmove 0000") << go;
+    EXPECT_EQ(e.waitExit(Reply), 0) << go;
+  }
+}
+
+TEST(ProtocolSearch, SearchmovesSkipsWordsThatAreNoMoves) {
+  EngineProcess e;
+  e.sendLine("position startpos");
+  e.sendLine("go depth 3 searchmoves zzzz g1f3 e9e9");
+  auto best = e.readUntil("bestmove ", Reply);
+  ASSERT_TRUE(best);
+  EXPECT_EQ(best->compare(0, 14, "bestmove g1f3 "), 0) << *best;
+  expectCleanEnd(e);
+}
+
+// Every word of a PV is a whole move, also when promotions make the moves longer.
+TEST(ProtocolSearch, PvLinesHoldWholeMoves) {
+  EngineProcess e;
+  e.sendLine("position fen 8/8/p2k4/8/8/p7/4K2p/8 w - - 0 1");
+  e.sendLine("go depth 8");
+  std::vector<std::string> seen;
+  ASSERT_TRUE(e.readUntil("bestmove ", Reply, &seen));
+  int pvLines = 0;
+  for (const std::string& line : seen) {
+    const std::size_t at = line.find(" pv ");
+    if (at == std::string::npos) continue;
+    ++pvLines;
+    std::istringstream words(line.substr(at + 4));
+    for (std::string w; words >> w;)
+      EXPECT_TRUE((w.size() == 4 || (w.size() == 5 && std::string("nbrq").find(w[4]) != std::string::npos)) &&
+                  w[0] >= 'a' && w[0] <= 'h' && w[1] >= '1' && w[1] <= '8' && w[2] >= 'a' && w[2] <= 'h' &&
+                  w[3] >= '1' && w[3] <= '8')
+          << line;
+  }
+  EXPECT_GT(pvLines, 0);
+  expectCleanEnd(e);
+}
+
+// The last printed line is remembered across searches: the same first iteration again prints
+// no second PV line.
+TEST(ProtocolSearch, RepeatedLineIsSuppressedAcrossSearches) {
+  EngineProcess e;
+  e.sendLine("position startpos");
+  auto pvLinesOf = [&](const char* go) {
+    e.sendLine(go);
+    std::vector<std::string> seen;
+    EXPECT_TRUE(e.readUntil("bestmove ", Reply, &seen));
+    int n = 0;
+    for (const std::string& line : seen) n += line.find(" pv ") != std::string::npos;
+    return n;
+  };
+  EXPECT_EQ(pvLinesOf("go depth 1"), 1);
+  EXPECT_EQ(pvLinesOf("go depth 1"), 0);
   expectCleanEnd(e);
 }
