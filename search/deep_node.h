@@ -37,9 +37,9 @@ inline bool nullMoveStep(Position& pos, int beta, int depth, Move ttMove, Move e
   constexpr Color Them = ~Us;
   StateEntry& st = pos.st();
   const int eval = st.staticEval;
-  if (eval < beta || !(st.nullBits & permissionBit) || kingAttackers<Us>(st) || losingMateBound(beta) ||
-      !hasNonPawnMaterial<Us>(pos))
-    return false;
+  // (An exclusion search run by an evasion node's singular test stands in check: there the null
+  // move would leave the king capturable, and it is never tried.)
+  if (eval < beta || !(st.nullBits & permissionBit) || kingAttackers<Us>(st)) return false;
 
   const int nullDepth = depth - params::NullBaseReduction -
                         std::min(eval - beta, params::NullExtraCap) / params::NullExtraDivisor;
@@ -194,9 +194,6 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
     }
     if (quiet && eval > beta - params::HistoryPenaltyMargin) historyPenalty(piece, to, depth);
   }
-
-  // A complete sequence that met no legal move and pruned none: stalemate.
-  if (n == 0 && !excluded) return 0;
 
   // Step 12. Every move failed low.
   if constexpr (K == DeepKind::Cut) storeWeakUpper(storeKey, depth, beta - 1);

@@ -22,10 +22,13 @@ int evasionNode(Position& pos, int beta, int depth) {
   // Step 10. The evasions, table move first.
   EvasionPicker ep;
   ep.init<Us>(pos, ttMove);
+  const int eval = pos.st().staticEval;
   int best = pos.ply - MateScore;
   int k = 0;
   while (const Move m = ep.next()) {
     const bool capture = pos.board[moveTo(m)] != NoPiece || moveKind(m) == EnPassantMove;
+    const int piece = pos.board[moveFrom(m)];
+    const bool quiet = isQuietMove(pos, m);
     int extension = m == ttMove ? ttExtension : 0;
     if (!extension && isPassedPawnPush<Us>(pos, m, 5)) extension = 1;
     if (!makeAndEvaluate<Us>(pos, m, beta - params::LazyMargin, beta + params::LazyMargin)) continue;
@@ -48,12 +51,13 @@ int evasionNode(Position& pos, int beta, int depth) {
     if (score > best) {
       best = score;
       if (score >= beta) {
-        // Step 11. Cut-off.
-        bestMoveSlot(pos) = m;
+        // Step 11. Cut-off: history and killers as in every node.
+        recordCutoff(pos, m, piece, depth, quiet);
         storeLower(key, depth, score, m);
         return score;
       }
     }
+    if (quiet && eval > beta - params::HistoryPenaltyMargin) historyPenalty(piece, moveTo(m), depth);
   }
 
   // Step 12. Fail low (or mate: best is still ply - 22000).

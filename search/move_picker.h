@@ -48,8 +48,9 @@ struct MovePicker {
     killer2Done = false;
     cur = end = moves;
   }
-  // Quiet moves come from stage 5 (normal) or stage 16 (shallow): the stages pruning tests.
-  bool inQuietStage() const { return stage == StageQuiet || stage == StageShallowRemaining; }
+  // The quiet-move stage of the normal sequence, which the futility tests and the late-move
+  // reduction look for. (The shallow sequence's remaining moves are filtered by their generator.)
+  bool inQuietStage() const { return stage == StageQuiet; }
 };
 
 constexpr Move wordMove(MoveWord w) { return Move(w & 0x7FFF); }

@@ -236,11 +236,6 @@ inline bool hasNonPawnMaterial(const Position& pos) {
   return (pos.pieces[T::OwnAll] & ~pos.pieces[T::OwnPawn] & ~pos.pieces[T::OwnKing]) != 0;
 }
 
-// Windows at mate distance: the evaluation-based shortcuts (static null move, the null move,
-// the hopeless fail-low) judge material, not mates, and would hide a mate from the search.
-inline bool losingMateBound(int beta) { return beta <= -MateThreshold; }
-inline bool winningMateBound(int beta) { return beta > MateThreshold; }
-
 // floor(log2 k) for k >= 1.
 inline int log2Floor(int k) { return bitScanReverse(Bitboard(k)); }
 

@@ -1,6 +1,7 @@
-// PV nodes: full window, no null move and no pruning; internal iterative deepening through the
-// PV member itself; the first move searched with the full window, later ones with a null window
-// and re-searched when they land inside it; exact results go to both tables.
+// PV nodes: full window, no null move, no pruning and no reductions; internal iterative deepening
+// through the PV member itself; the first move searched with the full window, later ones with a
+// null window at full depth and re-searched when they land inside the window; exact results go to
+// both tables.
 #include "search/deep_node.h"
 
 namespace tavrin {
@@ -10,8 +11,8 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
   constexpr Color Them = ~Us;
   const bool inCheck = kingAttackers<Us>(pos.st()) != 0;
 
-  // At the horizon the PV quiescence takes over (a side in check still gets its evasions).
-  if (depth <= 1 && !inCheck) return pvQuiesce<Us>(pos, alpha, beta, 0);
+  // At the horizon the PV quiescence takes over (it answers a check with every evasion).
+  if (depth <= 1) return pvQuiesce<Us>(pos, alpha, beta, 0);
 
   // Steps 1-4. Mate-distance pruning, the ply guard, best-move slot, stop, fifty-move rule, repetition.
   int score;
@@ -49,7 +50,15 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
   int best = -MateScore;
   Move bestMove = 0;
   int n = 0;
+  bool splitRefused = false;
   for (;;) {
+    // A node that has searched its first move may offer the rest to idle threads.
+    if (!inCheck && Split.splitEnabled && Split.splitAllowed && !splitRefused && n > 0 &&
+        depth >= params::MinSplitDepth && mp.stage >= StageGenCaptures && mp.stage <= StageQuiet) {
+      int splitValue;
+      if (trySplit(pos, &mp, depth, beta, alpha, SplitPvNode, splitValue)) return splitValue;
+      splitRefused = true;
+    }
     Move m;
     MoveWord w;
     if (inCheck) {
@@ -60,7 +69,6 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
       m = wordMove(w);
     }
     if (!m) break;
-    const bool quietStage = !inCheck && mp.inQuietStage();
     const int piece = pos.board[moveFrom(m)];
     const bool quiet = isQuietMove(pos, m);
     int extension = m == ttMove ? ttExtension : 0;
@@ -76,12 +84,7 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
     } else if (n == 0) {
       score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
     } else {
-      if (check) {
-        score = -evasionSearch<Them>(pos, -alpha, newDepth);
-      } else {
-        score = lateMoveChild<Us, Role::Cut>(pos, alpha + 1, newDepth, quietStage && n >= params::LmrMinMoves,
-                                             log2Floor(n + 1));
-      }
+      score = check ? -evasionSearch<Them>(pos, -alpha, newDepth) : -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth);
       if (score > alpha && score < beta) score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
     }
     undoMove<Us>(pos, m);
@@ -94,7 +97,7 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
         bestMove = m;
         if (score >= beta) {
           // Step 11. Cut-off.
-          recordCutoff(pos, m, piece, depth, quiet && !inCheck);
+          recordCutoff(pos, m, piece, depth, quiet);
           storeLower(key, depth, score, m);
           return score;
         }
@@ -102,7 +105,7 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
         continue;
       }
     }
-    if (quiet && !inCheck && eval > alpha - params::HistoryPenaltyMargin)
+    if (quiet && eval > alpha - params::HistoryPenaltyMargin)
       historyPenalty(piece, moveTo(m), depth);
   }
 

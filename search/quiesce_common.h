@@ -93,9 +93,12 @@ inline bool quiesceMove(Position& pos, Move m, int alpha, int beta, int depth, i
 
 // One move of a null-window quiescence member. True when it decides the node (a stop, or a
 // cut-off, which is stored), the result then in score; otherwise best rises to the move's score.
+// `legal` counts the moves that were legal.
 template <Color Us>
-inline bool quiesceMoveDecides(Position& pos, Move m, Key key, int beta, int depth, int& best, int& score) {
+inline bool quiesceMoveDecides(Position& pos, Move m, Key key, int beta, int depth, int& best, int& score,
+                               int& legal) {
   if (!quiesceMove<Us, false>(pos, m, beta - 1, beta, depth, score)) return false;
+  ++legal;
   if (pos.stopFlag) {
     score = 0;
     return true;
@@ -108,6 +111,13 @@ inline bool quiesceMoveDecides(Position& pos, Move m, Key key, int beta, int dep
     best = score;
   }
   return false;
+}
+
+// Is there a legal move at all? (A side in check whose restricted evasions were all illegal.)
+template <Color Us>
+inline bool hasLegalMove(const Position& pos) {
+  MoveWord list[MaxMoves];
+  return generateLegal<Us>(pos, list) != list;
 }
 
 // Steps 6 to 9 of the quiescence members: the captures of the targets by selection, the table

@@ -39,8 +39,14 @@ int quiesceEvasionNode(Position& pos, int beta, int depth) {
   promoteTableMove(list, end, ttMove);
 
   // Step 6. Evasions by selection; a cut-off is stored as a lower bound.
+  int legal = 0;
   for (MoveWord* cur = list; cur < end; ++cur)
-    if (quiesceMoveDecides<Us>(pos, wordMove(selectBest(cur, end)), key, beta, depth, best, score)) return score;
+    if (quiesceMoveDecides<Us>(pos, wordMove(selectBest(cur, end)), key, beta, depth, best, score, legal))
+      return score;
+
+  // No legal evasion was searched: when none exists beyond the restricted set either, the side is
+  // mated, whatever the estimate said.
+  if (!legal && mask != ~Bitboard(0) && !hasLegalMove<Us>(pos)) best = pos.ply - MateScore;
 
   // Step 7. Fail low.
   storeUpper(key, params::QuiesceStoreDepth, best);

@@ -16,7 +16,7 @@ int shallowNode(Position& pos, int beta, int depth) {
   const int eval = st.staticEval;
 
   // Step 5a. Hopelessly behind: fail low before looking at the table.
-  if (eval + params::ShallowFailLowMargin < beta && !winningMateBound(beta)) return beta - 1;
+  if (eval + params::ShallowFailLowMargin < beta) return beta - 1;
 
   // Step 5. Table probe.
   const Key key = st.key;
@@ -25,9 +25,7 @@ int shallowNode(Position& pos, int beta, int depth) {
   bestMoveSlot(pos) = ttMove;
 
   // Step 5b. Static null-move pruning: far enough ahead, the evaluation stands.
-  if (eval - 2 * (params::ShallowStaticNullPerDepth * depth + params::ShallowStaticNullBase) >= beta &&
-      !losingMateBound(beta))
-    return eval;
+  if (eval - 2 * (params::ShallowStaticNullPerDepth * depth + params::ShallowStaticNullBase) >= beta) return eval;
 
   int best = std::min(eval, beta - 1);
 
@@ -49,7 +47,6 @@ int shallowNode(Position& pos, int beta, int depth) {
   } else {
     mp.init(StageTtMove, ttMove);
   }
-  const bool fullSequence = mp.stage == StageTtMove;
 
   // Step 10. Move loop.
   const bool hasPieces = hasNonPawnMaterial<Us>(pos);
@@ -118,10 +115,6 @@ int shallowNode(Position& pos, int beta, int depth) {
     }
     if (quiet && eval > beta - params::HistoryPenaltyMargin) historyPenalty(piece, to, depth);
   }
-
-  // The normal sequence with no legal move and nothing pruned: stalemate. (The other sequences
-  // leave quiet moves out and cannot tell.)
-  if (n == 0 && fullSequence) return 0;
 
   // Step 12. Every move failed low.
   storeUpper(key, depth, best);

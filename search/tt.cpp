@@ -14,9 +14,11 @@ namespace {
 
 std::uint8_t depthByte(int depth) { return std::uint8_t(std::clamp(depth, 0, 255)); }
 
-// The entry with the greatest replacement value; ties keep the earlier entry.
-TtEntry* victim(TtEntry* bucket) {
-  TtEntry* choice = bucket;
+// The entry with the greatest replacement value: the first entry to begin with, a later one only
+// when its value is strictly greater.
+template <class Entry>
+Entry* victimOf(Entry* bucket) {
+  Entry* choice = bucket;
   int best = replacementValue(*bucket);
   for (int i = 1; i < TtBucketEntries; ++i) {
     int v = replacementValue(bucket[i]);
@@ -24,6 +26,7 @@ TtEntry* victim(TtEntry* bucket) {
   }
   return choice;
 }
+TtEntry* victim(TtEntry* bucket) { return victimOf(bucket); }
 
 // The first entry of the bucket that holds the key and that `updatable` accepts, or nullptr.
 template <class Updatable>
@@ -156,12 +159,7 @@ void storeExact(Key key, int depth, int score, Move move) {
   for (int i = 0; i < 4 && !slot; ++i)
     if (pv[i].key == key) slot = pv + i;
   if (!slot) {
-    slot = pv;
-    int best = -1;
-    for (int i = 0; i < 4; ++i) {
-      int v = ((ttAge() - pv[i].age) & 255) * 192 + (191 - pv[i].depth);
-      if (v > best) best = v, slot = pv + i;
-    }
+    slot = victimOf(pv);
     slot->key = key;
   }
   slot->depth = d;

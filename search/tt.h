@@ -77,6 +77,8 @@ inline int replacementValue(const TtEntry& e) {
   int depth = e.depthLower > e.depthUpper ? e.depthLower : e.depthUpper;
   return staleness * 192 + (191 - depth);
 }
+// The PV table's entries by the same rule, with their single depth.
+inline int replacementValue(const PvEntry& e) { return ((ttAge() - e.age) & 255) * 192 + (191 - e.depth); }
 
 void storeLower(Key key, int depth, int value, Move move);
 void storeUpper(Key key, int depth, int value);

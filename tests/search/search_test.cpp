@@ -5,6 +5,7 @@
 #include <string>
 
 #include "board/make_move.h"
+#include "search/node.h"
 #include "tests/search/search_support.h"
 
 namespace tavrin::test {
@@ -23,8 +24,8 @@ TEST(SearchResults, MatesFromEitherSide) {
       {"3r2k1/5ppp/8/8/8/8/5PPP/6K1 b - - 0 1", 3, "mate 1", "d8d1"},
       {"k7/8/2K5/8/8/8/8/7R w - - 0 1", 4, "mate 2", ""},
       {"7r/8/8/8/8/2k5/8/K7 b - - 0 1", 4, "mate 2", ""},
-      {"8/5k2/8/8/8/8/R7/1R4K1 w - - 0 1", 7, "mate 3", ""},
-      {"1r4k1/r7/8/8/8/8/5K2/8 b - - 0 1", 7, "mate 3", ""},
+      {"8/5k2/8/8/8/8/R7/1R4K1 w - - 0 1", 10, "mate 3", ""},
+      {"1r4k1/r7/8/8/8/8/5K2/8 b - - 0 1", 10, "mate 3", ""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.fen);
@@ -53,6 +54,23 @@ TEST(SearchResults, MatedAndStalematedRootsGiveNoMove) {
     EXPECT_EQ(r.best, NoMove);
     EXPECT_EQ(r.score, c.score);
     EXPECT_EQ(r.nodes, 0u);
+  }
+}
+
+// A side in check with no legal evasion is mated, whatever window the horizon sees it with: the
+// quiescence evasions (also when the estimate lies far below beta), the PV quiescence, and a PV
+// node at depth 1 that hands over to it.
+TEST(SearchResults, MateAtTheHorizonScoresAsMate) {
+  initEngineForTests();
+  clearTables();
+  BoardFixture f;
+  Position& pos = f.set("R5k1/5ppp/8/8/8/8/5PPP/6K1 b - - 0 1");
+  pos.st().nullBits = 3;
+  for (int beta : {-400, 0, 400}) {
+    SCOPED_TRACE(beta);
+    EXPECT_EQ(quiesceEvasionBlack(pos, beta, 0), -MateScore);
+    EXPECT_EQ(pvQuiesceBlack(pos, beta - 100, beta, 0), -MateScore);
+    EXPECT_EQ(pvSearchBlack(pos, beta - 100, beta, 1), -MateScore);
   }
 }
 

@@ -182,6 +182,18 @@ TEST_F(TtTest, StoreRules) {
          storeLower(keyOf(9), 2, 0, 0);
        },
        [](const TtEntry* b) { EXPECT_EQ(b[0].key, 9u); }},
+      {"the PV table's victim follows the same rule when every value is negative",
+       [] {
+         // Fresh entries deeper than 191 have negative values: -64, -9, -59, -19.
+         const int depths[] = {255, 200, 250, 210};
+         for (std::uint32_t k = 1; k <= 4; ++k) storeExact(keyOf(k), depths[k - 1], 0, makeMove(E2, E4));
+         storeExact(keyOf(9), 1, 0, makeMove(D2, D4));
+       },
+       [](const TtEntry*) {
+         const PvEntry* pv = pvBucket(keyOf(1));
+         EXPECT_EQ(pv[1].key, keyOf(9));
+         EXPECT_EQ(pv[0].key, keyOf(1));
+       }},
   };
   for (const StoreCase& c : cases) {
     SCOPED_TRACE(c.name);
