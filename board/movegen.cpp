@@ -91,6 +91,39 @@ inline Bitboard attackedByThem(const StateEntry& st) {
   return Us == White ? st.attackedByBlack : st.attackedByWhite;
 }
 
+// Every pawn push that is not a promotion, each double step just before the single step of the
+// same pawn: add(from, to).
+template <Color Us, class Add>
+inline void forEachPawnPush(const Position& pos, Add add) {
+  using T = ColorTraits<Us>;
+  using G = Geometry<Us>;
+  for (Bitboard b = shift<G::Up>(pos.pieces[T::OwnPawn] & ~G::Rank7Rel) & ~pos.occupied; b;) {
+    const int t = popLowest(b);
+    if ((bit(t) & G::Rank3Rel) && pos.board[t + G::Up] == 0) add(t - G::Up, t + G::Up);
+    add(t - G::Up, t);
+  }
+}
+
+// The castlings open to the side, king side first: the right kept, the king and the rook on their
+// starting squares, the squares between them empty, and no square of the king's way attacked
+// (attacked(square) tells). add(kingFrom, kingTo).
+template <Color Us, class Attacked, class Add>
+inline void forEachCastling(const Position& pos, Attacked attacked, Add add) {
+  using T = ColorTraits<Us>;
+  constexpr int F = Us == White ? F1 : F8, Gs = Us == White ? G1 : G8, H = Us == White ? H1 : H8;
+  constexpr int D = Us == White ? D1 : D8, C = Us == White ? C1 : C8, B = Us == White ? B1 : B8;
+  constexpr int A = Us == White ? A1 : A8;
+  const int k = pos.kingSquare(Us);
+  if (k != T::KingStart) return;
+  const int castle = pos.state->castle;
+  if ((castle & T::KingSideRight) && !(pos.occupied & (bit(F) | bit(Gs))) && pos.board[H] == T::OwnRook &&
+      !attacked(F) && !attacked(Gs))
+    add(k, Gs);
+  if ((castle & T::QueenSideRight) && !(pos.occupied & (bit(B) | bit(C) | bit(D))) && pos.board[A] == T::OwnRook &&
+      !attacked(D) && !attacked(C))
+    add(k, C);
+}
+
 struct AnySquare {
   constexpr Bitboard operator()(int) const { return ~Bitboard(0); }
 };
@@ -295,23 +328,16 @@ inline MoveWord* addGainMoves(MoveWord* list, int piece, int from, Bitboard targ
 template <Color Us>
 MoveWord* generateQuiet(const Position& pos, MoveWord* list, int threshold) {
   using T = ColorTraits<Us>;
-  using G = Geometry<Us>;
   const Bitboard* p = pos.pieces;
   const Bitboard empty = ~pos.occupied;
   MoveWord* const begin = list;
 
   // 1. Pawns: each double step before the single step of the same pawn.
   const std::int16_t* pawnGains = GainTable + T::OwnPawn * 4096;
-  for (Bitboard b = shift<G::Up>(p[T::OwnPawn] & ~G::Rank7Rel) & empty; b;) {
-    const int t = popLowest(b);
-    const int from = t - G::Up;
-    if ((bit(t) & G::Rank3Rel) && pos.board[t + G::Up] == 0) {
-      const int gain = pawnGains[from * 64 + t + G::Up];
-      if (gain >= threshold) *list++ = (MoveWord(gain) << 16) | word(from, t + G::Up);
-    }
-    const int gain = pawnGains[from * 64 + t];
-    if (gain >= threshold) *list++ = (MoveWord(gain) << 16) | word(from, t);
-  }
+  forEachPawnPush<Us>(pos, [&](int from, int to) {
+    const int gain = pawnGains[from * 64 + to];
+    if (gain >= threshold) *list++ = (MoveWord(gain) << 16) | word(from, to);
+  });
   // 2-5. Knights, light then dark bishops, rooks, queens.
   for (Bitboard b = p[T::OwnKnight]; b;) {
     const int from = popLowest(b);
@@ -419,17 +445,9 @@ MoveWord* remainingMoves(const Position& pos, MoveWord* list, int margin) {
   if constexpr (Filter) checks = &checkStore.emplace(pos);
 
   // Castling, king side then queen side.
-  constexpr int F = Us == White ? F1 : F8, Gs = Us == White ? G1 : G8, H = Us == White ? H1 : H8;
-  constexpr int D = Us == White ? D1 : D8, C = Us == White ? C1 : C8, B = Us == White ? B1 : B8;
-  constexpr int A = Us == White ? A1 : A8;
-  if (k == T::KingStart) {
-    if ((st.castle & T::KingSideRight) && !(pos.occupied & (bit(F) | bit(Gs))) &&
-        !(attacked & (bit(F) | bit(Gs))) && pos.board[H] == T::OwnRook)
-      *list++ = historyWord(T::OwnKing, k, Gs, CastlingMove);
-    if ((st.castle & T::QueenSideRight) && !(pos.occupied & (bit(B) | bit(C) | bit(D))) &&
-        !(attacked & (bit(C) | bit(D))) && pos.board[A] == T::OwnRook)
-      *list++ = historyWord(T::OwnKing, k, C, CastlingMove);
-  }
+  forEachCastling<Us>(
+      pos, [&](int s) { return (attacked & bit(s)) != 0; },
+      [&](int from, int to) { *list++ = historyWord(T::OwnKing, from, to, CastlingMove); });
 
   // Pawn pushes (no promotions here): each double step before the single step.
   {
@@ -444,11 +462,7 @@ MoveWord* remainingMoves(const Position& pos, MoveWord* list, int margin) {
       }
       *list++ = historyWord(T::OwnPawn, from, to);
     };
-    for (Bitboard b = shift<G::Up>(p[T::OwnPawn] & ~G::Rank7Rel) & empty; b;) {
-      const int t = popLowest(b);
-      if ((bit(t) & G::Rank3Rel) && pos.board[t + G::Up] == 0) add(t - G::Up, t + G::Up);
-      add(t - G::Up, t);
-    }
+    forEachPawnPush<Us>(pos, add);
   }
   for (Bitboard b = p[T::OwnQueen]; b;) {
     const int from = popLowest(b);
@@ -498,20 +512,14 @@ MoveWord* generateRemaining(const Position& pos, MoveWord* list, int margin) {
 template <Color Us>
 MoveWord* generateQuietChecks(const Position& pos, MoveWord* list) {
   using T = ColorTraits<Us>;
-  using G = Geometry<Us>;
   const Bitboard* p = pos.pieces;
   const Bitboard empty = ~pos.occupied;
   const CheckInfo<Us> checks(pos);
 
   // Pawn pushes that are not promotions.
-  for (Bitboard b = shift<G::Up>(p[T::OwnPawn] & ~G::Rank7Rel) & empty; b;) {
-    const int t = popLowest(b);
-    const int from = t - G::Up;
-    const Bitboard checking = checks.checkingTargets(Pawn, from);
-    if ((bit(t) & G::Rank3Rel) && pos.board[t + G::Up] == 0 && (checking & bit(t + G::Up)))
-      *list++ = historyWord(T::OwnPawn, from, t + G::Up);
-    if (checking & bit(t)) *list++ = historyWord(T::OwnPawn, from, t);
-  }
+  forEachPawnPush<Us>(pos, [&](int from, int to) {
+    if (checks.checkingTargets(Pawn, from) & bit(to)) *list++ = historyWord(T::OwnPawn, from, to);
+  });
   auto pieces = [&](int piece, Bitboard set, auto attacksOf) {
     for (Bitboard b = set; b;) {
       const int from = popLowest(b);
@@ -622,18 +630,10 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
   list = addPieceMovesOnto<Us>(pos, list, targets & ~p[T::EnemyKing], allowed, LegalKey);
 
   // Castling: not out of check, not through or onto an attacked square.
-  if (!checkers && k == T::KingStart) {
-    constexpr int F = Us == White ? F1 : F8, Gs = Us == White ? G1 : G8, H = Us == White ? H1 : H8;
-    constexpr int D = Us == White ? D1 : D8, C = Us == White ? C1 : C8, B = Us == White ? B1 : B8;
-    constexpr int A = Us == White ? A1 : A8;
-    const int castle = pos.state->castle;
-    if ((castle & T::KingSideRight) && !(pos.occupied & (bit(F) | bit(Gs))) && pos.board[H] == T::OwnRook &&
-        !isAttackedBy<Them>(pos, F) && !isAttackedBy<Them>(pos, Gs))
-      *list++ = LegalKey[T::OwnKing][0] | word(k, Gs, CastlingMove);
-    if ((castle & T::QueenSideRight) && !(pos.occupied & (bit(B) | bit(C) | bit(D))) &&
-        pos.board[A] == T::OwnRook && !isAttackedBy<Them>(pos, D) && !isAttackedBy<Them>(pos, C))
-      *list++ = LegalKey[T::OwnKing][0] | word(k, C, CastlingMove);
-  }
+  if (!checkers)
+    forEachCastling<Us>(
+        pos, [&](int s) { return isAttackedBy<Them>(pos, s); },
+        [&](int from, int to) { *list++ = LegalKey[T::OwnKing][0] | word(from, to, CastlingMove); });
   *list = 0;
   return list;
 }
