@@ -10,14 +10,6 @@ namespace tavrin {
 
 namespace {
 
-int pieceFromLetter(char c) {
-  const char* letters = "PNKBRQpnkbrq";
-  static constexpr int Codes[] = {WhitePawn, WhiteKnight, WhiteKing, WhiteBishopLight, WhiteRook, WhiteQueen,
-                                  BlackPawn, BlackKnight, BlackKing, BlackBishopLight, BlackRook, BlackQueen};
-  const char* at = c ? std::strchr(letters, c) : nullptr;
-  return at ? Codes[at - letters] : 0;
-}
-
 const char* skipBlanks(const char* s) {
   while (*s == ' ' || *s == '\t') ++s;
   return s;
@@ -32,7 +24,51 @@ bool readNumber(const char*& s, int& value) {
   return true;
 }
 
+// The field up to the next blank, copied into out (at most size - 1 characters); s moves past it.
+void readField(const char*& s, char* out, std::size_t size) {
+  std::size_t n = 0;
+  for (; *s && *s != ' ' && *s != '\t'; ++s)
+    if (n + 1 < size) out[n++] = *s;
+  out[n] = 0;
+}
+
 }  // namespace
+
+int pieceFromLetter(char letter, int square) {
+  const char* letters = "PNKBRQpnkbrq";
+  static constexpr int Codes[] = {WhitePawn, WhiteKnight, WhiteKing, WhiteBishopLight, WhiteRook, WhiteQueen,
+                                  BlackPawn, BlackKnight, BlackKing, BlackBishopLight, BlackRook, BlackQueen};
+  const char* at = letter ? std::strchr(letters, letter) : nullptr;
+  if (!at) return NoPiece;
+  const int piece = Codes[at - letters];
+  return kindOf(piece) == BishopLight && isDarkSquare(square) ? piece + 1 : piece;
+}
+
+int readCastlingField(const char* field, bool inOrder) {
+  if (std::strcmp(field, "-") == 0) return 0;
+  if (!*field) return -1;
+  int rights = 0, last = -1;
+  for (const char* c = field; *c; ++c) {
+    const char* at = std::strchr("KQkq", *c);
+    if (!at) return -1;
+    const int index = int(at - "KQkq");
+    if (inOrder && index <= last) return -1;
+    rights |= 1 << index;
+    last = index;
+  }
+  return rights;
+}
+
+bool enPassantPlausible(const std::uint8_t (&board)[64], int sideToMove, int square) {
+  if (square <= 0 || square >= 64) return false;
+  const int up = sideToMove == White ? 8 : -8;
+  const int pushed = square - up, origin = square + up;
+  if (rankOf(square) != (sideToMove == White ? 5 : 2) || board[square] || board[origin]) return false;
+  const int enemyPawn = sideToMove == White ? BlackPawn : WhitePawn;
+  const int ownPawn = sideToMove == White ? WhitePawn : BlackPawn;
+  if (board[pushed] != enemyPawn) return false;
+  return (fileOf(pushed) > 0 && board[pushed - 1] == ownPawn) || (fileOf(pushed) < 7 && board[pushed + 1] == ownPawn);
+}
 
 bool setFromFen(Position& pos, const char* fen) {
   if (!fen || !pos.stateStack) return false;
@@ -49,10 +85,10 @@ bool setFromFen(Position& pos, const char* fen) {
       file += *s - '0';
       if (file > 8) return false;
     } else {
-      int piece = pieceFromLetter(*s);
-      if (!piece || file > 7) return false;
-      int sq = makeSquare(file, rank);
-      if (kindOf(piece) == BishopLight && isDarkSquare(sq)) ++piece;
+      if (file > 7) return false;
+      const int sq = makeSquare(file, rank);
+      const int piece = pieceFromLetter(*s, sq);
+      if (!piece) return false;
       board[sq] = std::uint8_t(piece);
       ++file;
     }
@@ -71,16 +107,10 @@ bool setFromFen(Position& pos, const char* fen) {
   // Castling rights.
   s = skipBlanks(s);
   if (!*s) return false;
-  int castle = 0;
-  if (*s == '-') {
-    ++s;
-  } else {
-    for (; *s && *s != ' ' && *s != '\t'; ++s) {
-      const char* at = std::strchr("KQkq", *s);
-      if (!at || !*s) return false;
-      castle |= 1 << (at - "KQkq");
-    }
-  }
+  char field[8];
+  readField(s, field, sizeof field);
+  int castle = readCastlingField(field, false);
+  if (castle < 0) return false;
 
   // En-passant square.
   s = skipBlanks(s);
@@ -115,20 +145,7 @@ bool setFromFen(Position& pos, const char* fen) {
   if (board[H8] != BlackRook) castle &= ~BlackKingSide;
   if (board[A8] != BlackRook) castle &= ~BlackQueenSide;
 
-  // An en-passant square only behind a pawn that just made its double step, with a pawn of the
-  // side to move beside it (the make records no other).
-  if (ep) {
-    const int up = side == White ? 8 : -8;
-    const int pushed = ep - up, origin = ep + up;
-    const int enemyPawn = side == White ? BlackPawn : WhitePawn, ownPawn = side == White ? WhitePawn : BlackPawn;
-    bool keep = rankOf(ep) == (side == White ? 5 : 2) && !board[ep] && !board[origin] && board[pushed] == enemyPawn;
-    if (keep) {
-      const bool left = fileOf(pushed) > 0 && board[pushed - 1] == ownPawn;
-      const bool right = fileOf(pushed) < 7 && board[pushed + 1] == ownPawn;
-      keep = left || right;
-    }
-    if (!keep) ep = 0;
-  }
+  if (ep && !enPassantPlausible(board, side, ep)) ep = 0;
 
   std::memcpy(pos.board, board, sizeof board);
   std::memset(static_cast<void*>(pos.stateStack), 0, 2 * sizeof(StateEntry));

@@ -18,4 +18,16 @@ bool setFromFen(Position& pos, const char* fen);
 // The FEN of a position (bishops print as B/b whatever their code).
 std::string toFen(const Position& pos);
 
+// The pieces of both FEN readers (the strict one above, the engine's position command):
+// The piece code a placement letter puts on a square (a bishop by the colour of its square), 0
+// for any other character.
+int pieceFromLetter(char letter, int square);
+// The rights of a castling field: "-" or letters of "KQkq". With inOrder only the letters in
+// that order, each once, are read; otherwise any order. -1 for anything else.
+int readCastlingField(const char* field, bool inOrder);
+// An en-passant square is real only behind a pawn of the side not to move that has just made its
+// double step (the square and the pawn's origin empty) and beside which a pawn of the side to
+// move stands to take it; the make records no other.
+bool enPassantPlausible(const std::uint8_t (&board)[64], int sideToMove, int square);
+
 }  // namespace tavrin

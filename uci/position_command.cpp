@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "board/fen.h"
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
@@ -28,19 +29,6 @@ const char* nextWord(const char* text, char* word) { return readWord(text, word,
 // One separator further, never past the end.
 const char* skipSeparator(const char* text) { return *text ? text + 1 : text; }
 
-int pieceCode(char letter, int sq) {
-  int offset = letter >= 'a' ? 8 : 0;
-  switch (letter | 0x20) {
-    case 'p': return Pawn + offset;
-    case 'n': return Knight + offset;
-    case 'k': return King + offset;
-    case 'b': return (isDarkSquare(sq) ? BishopDark : BishopLight) + offset;
-    case 'r': return Rook + offset;
-    case 'q': return Queen + offset;
-    default: return NoPiece;
-  }
-}
-
 void readPlacement(Position& pos, const char* field) {
   std::memset(pos.board, 0, sizeof pos.board);
   int rank = 7, file = 0;
@@ -50,10 +38,10 @@ void readPlacement(Position& pos, const char* field) {
       --rank;
     } else if (*c >= '1' && *c <= '8') {
       file += *c - '0';
-    } else if (std::strchr("PNKBRQpnkbrq", *c)) {
+    } else if (*c && std::strchr("PNKBRQpnkbrq", *c)) {
       // Too many squares in a rank spill into the following squares, but never off the board.
       int sq = rank * 8 + file;
-      if (sq >= 0 && sq < 64) pos.board[sq] = std::uint8_t(pieceCode(*c, sq));
+      if (sq >= 0 && sq < 64) pos.board[sq] = std::uint8_t(pieceFromLetter(*c, sq));
       ++file;
     }
     if (rank == 0 && file >= 8) break;
@@ -61,38 +49,19 @@ void readPlacement(Position& pos, const char* field) {
   }
 }
 
-struct CastlingField {
-  const char* text;
-  std::uint8_t rights;
-};
-constexpr CastlingField CastlingFields[] = {
-    {"KQkq", 15}, {"KQq", 11}, {"KQk", 7}, {"KQ", 3}, {"Qkq", 14}, {"Qq", 10}, {"Qk", 6}, {"Q", 2},
-    {"Kkq", 13},  {"Kq", 9},   {"Kk", 5},  {"K", 1},  {"kq", 12},  {"q", 8},   {"k", 4},  {"-", 0},
-};
-
-// Rights written in any other way (another order, file letters) give 16: none of the four bits.
+// The rights of "KQkq" in that order, or "-"; written in any other way (another order, file
+// letters) they give 16: none of the four bits.
 std::uint8_t castlingRights(const char* field) {
-  for (const CastlingField& f : CastlingFields)
-    if (std::strcmp(field, f.text) == 0) return f.rights;
-  return 16;
+  const int rights = readCastlingField(field, true);
+  return std::uint8_t(rights < 0 ? 16 : rights);
 }
 
 // The en-passant square is kept only when a pawn of the side to move can take on it (so that it
-// never enters the key otherwise), and only on the rank a double step leaves behind, empty,
-// with the pawn that made the step in front of it.
+// never enters the key otherwise), and only behind the pawn that has just made its double step.
 int enPassantSquare(const Position& pos, const char* field) {
-  if (std::strcmp(field, "-") == 0 || !field[0] || !field[1]) return 0;
-  int sq = (field[0] - 'a') + 8 * (field[1] - '1');
-  if (sq <= 0 || sq >= 64 || field[0] < 'a' || field[0] > 'h') return 0;
-  const bool white = pos.sideToMove == White;
-  const int own = white ? WhitePawn : BlackPawn, enemy = white ? BlackPawn : WhitePawn;
-  if (rankOf(sq) != (white ? 5 : 2) || pos.board[sq] != NoPiece) return 0;
-  const int behind = white ? sq - 8 : sq + 8;
-  if (pos.board[behind] != enemy) return 0;
-  const int left = white ? sq - 9 : sq + 7, right = white ? sq - 7 : sq + 9;
-  if (fileOf(sq) != 0 && pos.board[left] == own) return sq;
-  if (fileOf(sq) != 7 && pos.board[right] == own) return sq;
-  return 0;
+  if (std::strcmp(field, "-") == 0 || !field[0] || !field[1] || field[0] < 'a' || field[0] > 'h') return 0;
+  const int sq = (field[0] - 'a') + 8 * (field[1] - '1');
+  return enPassantPlausible(pos.board, pos.sideToMove, sq) ? sq : 0;
 }
 
 // The board can be turned into a position at all.
