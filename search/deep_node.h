@@ -5,6 +5,7 @@
 #pragma once
 
 #include <algorithm>
+#include <optional>
 
 #include "eval/attack_summary.h"
 #include "search/history.h"
@@ -73,6 +74,58 @@ inline void recordCutoff(Position& pos, Move m, int piece, int depth, bool quiet
   bestMoveSlot(pos) = m;
 }
 
+// --- Steps of the move loops that the members share ------------------------------------------
+
+// Moves searched or pruned so far (n), and the futility threshold T that rises with each.
+struct MoveCount {
+  int n;
+  int threshold;
+  void next() { ++n, threshold += params::FutilityStep; }
+};
+
+// The largest positional gain seen for this move of this piece (the gain table of the evaluation).
+inline int gainOf(const Position& pos, Move m) { return GainTable[pos.board[moveFrom(m)] * 4096 + (m & 0xFFF)]; }
+
+// Gain futility's move test: a quiet move without flag bits, from a square outside `exempt`, whose
+// best gain ever seen cannot lift the evaluation by `margin` to the threshold.
+inline bool futileGain(const Position& pos, MoveWord w, Bitboard exempt, int margin, int eval, int threshold) {
+  const Move m = wordMove(w);
+  return !(w & 0xE000) && !(exempt & bit(moveFrom(m))) && gainOf(pos, m) + margin + eval < threshold;
+}
+
+// Move-count pruning's test on a child just made (not in check, not final): it captured nothing and
+// its evaluation stays more than `margin` below what beta and the count ask for.
+inline bool moveCountPrunes(const Position& pos, Move m, int margin, int n, int beta) {
+  return pos.st().capturedPiece == 0 && moveKind(m) != EnPassantMove &&
+         margin - pos.st().staticEval < n + beta - params::MoveCountOffset;
+}
+
+// The score of a child just made, for the mover: its final evaluation, the evasion search at
+// depth - 1 when it is in check, else quietSearch(), which may give no score (the move was pruned
+// after all; the caller then takes it back).
+template <Color Us, class QuietSearch>
+inline std::optional<int> childScore(Position& pos, int beta, int depth, QuietSearch quietSearch) {
+  if (pos.st().evalFinal) return -pos.st().staticEval;
+  if (childInCheck<~Us>(pos)) return -evasionSearch<~Us>(pos, 1 - beta, depth - 1);
+  return quietSearch();
+}
+
+// Steps 10 (end) and 11 of the null-window members, after a searched move: a score at or above
+// beta is a cut-off, with its history, killer and best-move bookkeeping and its store (store());
+// a quiet move that failed low loses history while the node's evaluation is near beta. True on
+// a cut-off.
+template <class Store>
+inline bool cutOffOrFailLow(Position& pos, Move m, int piece, int depth, bool quiet, int score, int beta, int eval,
+                            Store store) {
+  if (score >= beta) {
+    recordCutoff(pos, m, piece, depth, quiet);
+    store();
+    return true;
+  }
+  if (quiet && eval > beta - params::HistoryPenaltyMargin) historyPenalty(piece, moveTo(m), depth);
+  return false;
+}
+
 // Exchange futility's move test: a quiet move that loses the exchange, unless it goes to the line's
 // last target or to a check-candidate square or the picker marked it safe.
 template <Color Us>
@@ -97,7 +150,6 @@ template <Color Us, DeepKind K>
 int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtension, Move excluded,
                  Key storeKey, int razor) {
   using T = ColorTraits<Us>;
-  constexpr Color Them = ~Us;
   constexpr Role ChildRole = childRole<K>();
   StateEntry& st = pos.st();
   const int eval = st.staticEval;
@@ -112,8 +164,8 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
     mp.init(StageTtMove, ttMove);
   }
 
-  int n = razor ? 1 : 0;   // moves searched or pruned, the razoring flag counting as one
-  int threshold = beta + params::FutilityBase + (razor ? params::FutilityStep : 0);
+  // Moves searched or pruned, the razoring flag counting as one.
+  MoveCount count{razor ? 1 : 0, beta + params::FutilityBase + (razor ? params::FutilityStep : 0)};
   int searched = 0;
   bool splitRefused = false;
 
@@ -134,21 +186,20 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
     const bool quietStage = mp.inQuietStage();
 
     if (isReversal(pos, from, to, beta)) {
-      ++n, threshold += params::FutilityStep;
+      count.next();
       continue;
     }
     if (prunable && quietStage) {
       // Gain futility: even the best gain ever seen for this move cannot reach the threshold.
-      if (n > params::FutilityMinMoves && !(w & 0xE000) && !(st.checkCandidates & bit(from)) &&
-          GainTable[pos.board[from] * 4096 + (m & 0xFFF)] + (params::GainMarginShift << (depth - 6)) +
-                  eval < threshold) {
-        ++n, threshold += params::FutilityStep;
+      if (count.n > params::FutilityMinMoves &&
+          futileGain(pos, w, st.checkCandidates, params::GainMarginShift << (depth - 6), eval, count.threshold)) {
+        count.next();
         continue;
       }
       // Exchange futility: a quiet move that loses material when the node is not far ahead.
       if (eval + (params::ExchangeMarginShift << (depth - 6)) < beta + params::ExchangeFutilityBase &&
           futileExchange<Us>(pos, w)) {
-        ++n, threshold += params::FutilityStep;
+        count.next();
         continue;
       }
     }
@@ -161,38 +212,27 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
     if (!makeAndEvaluate<Us>(pos, m, beta - params::LazyMargin, beta + params::LazyMargin)) continue;
     const LastTargetScope lastTarget(pos, m);
 
-    int score;
-    if (pos.st().evalFinal) {
-      score = -pos.st().staticEval;
-    } else if (childInCheck<Them>(pos)) {
-      score = -evasionSearch<Them>(pos, 1 - beta, depth - 1);
-    } else {
+    const std::optional<int> score = childScore<Us>(pos, beta, depth, [&]() -> std::optional<int> {
       // Move-count pruning: late moves whose result stays far below beta.
-      if (n > params::FutilityMinMoves && prunable && pos.st().capturedPiece == 0 &&
-          moveKind(m) != EnPassantMove &&
-          (params::MoveCountMarginShift << (depth - 6)) - pos.st().staticEval <
-              n + beta - params::MoveCountOffset) {
-        undoMove<Us>(pos, m);
-        ++n, threshold += params::FutilityStep;
-        continue;
-      }
+      if (count.n > params::FutilityMinMoves && prunable &&
+          moveCountPrunes(pos, m, params::MoveCountMarginShift << (depth - 6), count.n, beta))
+        return std::nullopt;
       // Late-move reduction by floor(log2 k), k the running move counter.
-      score = lateMoveChild<Us, ChildRole>(pos, beta, depth - 2 + extension,
-                                           quietStage && n >= params::LmrMinMoves, log2Floor(n + 1));
-    }
+      return lateMoveChild<Us, ChildRole>(pos, beta, depth - 2 + extension,
+                                          quietStage && count.n >= params::LmrMinMoves, log2Floor(count.n + 1));
+    });
     undoMove<Us>(pos, m);
-    ++n, threshold += params::FutilityStep;
+    count.next();
+    if (!score) continue;
     ++searched;
     if (pos.stopFlag) return 0;
 
-    if (score >= beta) {
-      // Step 11. Cut-off.
-      recordCutoff(pos, m, piece, depth, quiet);
-      if constexpr (K == DeepKind::All) storeWeakLower(storeKey, depth, score, m);
-      else storeLower(storeKey, depth, score, m);
-      return score;
-    }
-    if (quiet && eval > beta - params::HistoryPenaltyMargin) historyPenalty(piece, to, depth);
+    // Step 11. Cut-off.
+    if (cutOffOrFailLow(pos, m, piece, depth, quiet, *score, beta, eval, [&] {
+          if constexpr (K == DeepKind::All) storeWeakLower(storeKey, depth, *score, m);
+          else storeLower(storeKey, depth, *score, m);
+        }))
+      return *score;
   }
 
   // Step 12. Every move failed low.

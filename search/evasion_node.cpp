@@ -6,8 +6,6 @@ namespace tavrin {
 
 template <Color Us>
 int evasionNode(Position& pos, int beta, int depth) {
-  constexpr Color Them = ~Us;
-
   // Steps 1-5. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition, table probe.
   const Key key = pos.st().key;
   Move ttMove = 0;
@@ -35,29 +33,19 @@ int evasionNode(Position& pos, int beta, int depth) {
     const LastTargetScope lastTarget(pos, m);
     ++k;
 
-    if (pos.st().evalFinal) {
-      score = -pos.st().staticEval;
-    } else if (childInCheck<Them>(pos)) {
-      score = -evasionSearch<Them>(pos, 1 - beta, depth - 1);
-    } else {
-      // Late evasions (not captures, not the table move) are reduced by a logarithm of k.
-      score = lateMoveChild<Us, Role::Cut>(pos, beta, depth - 2 + extension,
-                                           k >= params::EvasionLmrMinMoves && !capture && m != ttMove,
-                                           log2Floor(k) - params::EvasionLmrOffset);
-    }
+    // Late evasions (not captures, not the table move) are reduced by a logarithm of k.
+    const int child = *childScore<Us>(pos, beta, depth, [&]() -> std::optional<int> {
+      return lateMoveChild<Us, Role::Cut>(pos, beta, depth - 2 + extension,
+                                          k >= params::EvasionLmrMinMoves && !capture && m != ttMove,
+                                          log2Floor(k) - params::EvasionLmrOffset);
+    });
     undoMove<Us>(pos, m);
     if (pos.stopFlag) return 0;
 
-    if (score > best) {
-      best = score;
-      if (score >= beta) {
-        // Step 11. Cut-off: history and killers as in every node.
-        recordCutoff(pos, m, piece, depth, quiet);
-        storeLower(key, depth, score, m);
-        return score;
-      }
-    }
-    if (quiet && eval > beta - params::HistoryPenaltyMargin) historyPenalty(piece, moveTo(m), depth);
+    // Step 11. Cut-off: history and killers as in every node.
+    if (cutOffOrFailLow(pos, m, piece, depth, quiet, child, beta, eval, [&] { storeLower(key, depth, child, m); }))
+      return child;
+    best = std::max(best, child);
   }
 
   // Step 12. Fail low (or mate: best is still ply - 22000).

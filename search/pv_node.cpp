@@ -84,7 +84,8 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
     } else if (n == 0) {
       score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
     } else {
-      score = check ? -evasionSearch<Them>(pos, -alpha, newDepth) : -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth);
+      score = *childScore<Us>(pos, alpha + 1, depth,
+                              [&]() -> std::optional<int> { return -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth); });
       if (score > alpha && score < beta) score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
     }
     undoMove<Us>(pos, m);

@@ -6,7 +6,6 @@ namespace tavrin {
 
 template <Color Us>
 int shallowNode(Position& pos, int beta, int depth) {
-  constexpr Color Them = ~Us;
   using T = ColorTraits<Us>;
 
   // Steps 1-4. Mate-distance pruning, best-move slot, stop, fifty-move rule, repetition.
@@ -50,30 +49,28 @@ int shallowNode(Position& pos, int beta, int depth) {
 
   // Step 10. Move loop.
   const bool hasPieces = hasNonPawnMaterial<Us>(pos);
-  int n = razor ? 1 : 0;
-  int threshold = beta + params::ShallowFutilityBase;
+  MoveCount count{razor ? 1 : 0, beta + params::ShallowFutilityBase};
   while (const MoveWord w = nextMove<Us>(pos, mp)) {
     const Move m = wordMove(w);
     const int from = moveFrom(m), to = moveTo(m);
     const bool quietStage = mp.inQuietStage();
 
     if (isReversal(pos, from, to, beta)) {
-      ++n, threshold += params::FutilityStep;
+      count.next();
       continue;
     }
     if (quietStage) {
-      // Gain futility with the margin 2 * depth.
-      if (n > params::FutilityMinMoves && !(w & 0xE000) && hasPieces &&
-          !((st.quietExemptions | st.checkCandidates) & bit(from)) &&
-          GainTable[pos.board[from] * 4096 + (m & 0xFFF)] + params::ShallowGainPerDepth * depth + eval <
-              threshold) {
-        ++n, threshold += params::FutilityStep;
+      // Gain futility with the margin 2 * depth, from squares outside both exemption sets.
+      if (count.n > params::FutilityMinMoves && hasPieces &&
+          futileGain(pos, w, st.quietExemptions | st.checkCandidates, params::ShallowGainPerDepth * depth, eval,
+                     count.threshold)) {
+        count.next();
         continue;
       }
       // Exchange futility.
       if (eval + params::ShallowExchangePerDepth * depth < beta + params::ExchangeFutilityBase &&
           futileExchange<Us>(pos, w)) {
-        ++n, threshold += params::FutilityStep;
+        count.next();
         continue;
       }
     }
@@ -84,36 +81,24 @@ int shallowNode(Position& pos, int beta, int depth) {
     if (!makeAndEvaluate<Us>(pos, m, beta - params::LazyMargin, beta + params::LazyMargin)) continue;
     const LastTargetScope lastTarget(pos, m);
 
-    if (pos.st().evalFinal) {
-      score = -pos.st().staticEval;
-    } else if (childInCheck<Them>(pos)) {
-      score = -evasionSearch<Them>(pos, 1 - beta, depth - 1);
-    } else {
+    const std::optional<int> child = childScore<Us>(pos, beta, depth, [&]() -> std::optional<int> {
       // Move-count pruning.
-      if (n > params::ShallowMoveCountBase + depth && pos.st().capturedPiece == 0 &&
-          moveKind(m) != EnPassantMove &&
-          params::ShallowMoveCountPerDepth * depth - pos.st().staticEval < n + beta - params::MoveCountOffset) {
-        undoMove<Us>(pos, m);
-        ++n, threshold += params::FutilityStep;
-        continue;
-      }
-      score = lateMoveChild<Us, Role::Cut>(pos, beta, depth - 2 + extension,
-                                           quietStage && n >= params::LmrMinMoves, log2Floor(n + 1));
-    }
+      if (count.n > params::ShallowMoveCountBase + depth &&
+          moveCountPrunes(pos, m, params::ShallowMoveCountPerDepth * depth, count.n, beta))
+        return std::nullopt;
+      return lateMoveChild<Us, Role::Cut>(pos, beta, depth - 2 + extension,
+                                          quietStage && count.n >= params::LmrMinMoves, log2Floor(count.n + 1));
+    });
     undoMove<Us>(pos, m);
-    ++n, threshold += params::FutilityStep;
+    count.next();
+    if (!child) continue;
     if (pos.stopFlag) return 0;
 
-    if (score > best) {
-      if (score >= beta) {
-        // Step 11. Cut-off.
-        recordCutoff(pos, m, piece, depth, quiet);
-        storeLower(key, depth, score, m);
-        return score;
-      }
-      best = score;
-    }
-    if (quiet && eval > beta - params::HistoryPenaltyMargin) historyPenalty(piece, to, depth);
+    // Step 11. Cut-off; otherwise the best score so far.
+    if (cutOffOrFailLow(pos, m, piece, depth, quiet, *child, beta, eval,
+                        [&] { storeLower(key, depth, *child, m); }))
+      return *child;
+    best = std::max(best, *child);
   }
 
   // Step 12. Every move failed low.
