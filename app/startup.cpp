@@ -11,6 +11,7 @@
 #include "search/tt.h"
 #include "uci/dispatcher.h"
 #include "uci/globals.h"
+#include "uci/polling.h"
 
 namespace tavrin {
 
@@ -22,6 +23,7 @@ void initializeEngine() {
   initialized = true;
 
   Engine = EngineGlobals{};
+  connectSearchToProtocol();
   Limits = SearchLimits{};
   initPosition(RootPosition);
 

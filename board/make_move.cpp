@@ -7,13 +7,17 @@
 #include "board/attacks.h"
 #include "board/bitboard.h"
 #include "board/material.h"
+#include "board/piece_square.h"
 #include "board/zobrist.h"
-#include "eval/psq_tables.h"
-#include "uci/polling.h"
 
 namespace tavrin {
 
 std::uint64_t PollCounter;
+
+namespace {
+void noPoll(Position&) {}
+}  // namespace
+void (*InputPoll)(Position&) = noPoll;
 
 namespace {
 
@@ -81,7 +85,7 @@ void makeMove(Position& pos, Move m) {
   ++pos.nodes;
   if constexpr (Us == White) {
     // The main record polls its input every 4096 white moves, before the move is played.
-    if (pos.recordIndex == 0 && (++PollCounter & 0xFFF) == 0) periodicCheck(pos, 0);
+    if (pos.recordIndex == 0 && (++PollCounter & 0xFFF) == 0) InputPoll(pos);
   }
 
   StateEntry* st = pos.state + 1;

@@ -29,5 +29,8 @@ Move moveFromSquares(const Position& pos, Move m);
 
 // Global count of white moves made by the main record; every 4096 the input poll runs.
 extern std::uint64_t PollCounter;
+// The input poll that the count calls: installed by the protocol layer at start-up (until then
+// it does nothing).
+extern void (*InputPoll)(Position& pos);
 
 }  // namespace tavrin

@@ -8,11 +8,15 @@
 #include "board/attacks.h"
 #include "board/bitboard.h"
 #include "board/material.h"
+#include "board/piece_square.h"
 #include "board/zobrist.h"
-#include "eval/evaluate.h"
-#include "eval/psq_tables.h"
 
 namespace tavrin {
+
+namespace {
+void noEvaluation(Position&) {}
+}  // namespace
+void (*EvaluatePosition)(Position&) = noEvaluation;
 
 void initPosition(Position& pos) {
   StateEntry* stack = pos.stateStack;
@@ -117,7 +121,7 @@ void recomputeFromBoard(Position& pos) {
   // The position itself counts for repetitions.
   pos.keyHistory[pos.historyCount] = st.key;
   // Step 10: one full evaluation fills the evaluation fields of the entry.
-  evaluateFull(pos);
+  EvaluatePosition(pos);
 }
 
 bool boardPlayable(const std::uint8_t (&board)[64]) {

@@ -118,6 +118,9 @@ void setStartPosition(Position& pos);
 // The men on a board can make a position the engine plays from: one king a side, at most sixteen
 // men and eight pawns a side, no pawn on the first or last rank, no unknown piece code.
 bool boardPlayable(const std::uint8_t (&board)[64]);
+// The full evaluation that fills a rebuilt position's evaluation fields: installed by the
+// evaluation at start-up (until then it does nothing).
+extern void (*EvaluatePosition)(Position& pos);
 // Rebuilds bitboards, occupancies, king squares, keys, material signature and piece-square sum
 // from board[], sideToMove and the current entry's castle/epSquare/rule50, then evaluates.
 void recomputeFromBoard(Position& pos);

@@ -194,6 +194,7 @@ void evaluate(Position& pos, int lower, int upper, Move lastMove) {
 }
 
 void initEvaluation() {
+  EvaluatePosition = evaluateFull;
   static bool built = false;
   if (built) return;
   built = true;

@@ -6,7 +6,6 @@
 
 namespace tavrin {
 
-Packed PieceSquare[16][64];
 
 namespace {
 

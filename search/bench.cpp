@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "app/platform.h"
-#include "app/startup.h"
 #include "board/fen.h"
 #include "eval/evaluate.h"
 #include "search/search.h"
@@ -69,7 +68,6 @@ constexpr std::uint64_t BenchTableEntries = (std::uint64_t(BenchHashMegabytes) <
 }  // namespace
 
 bool benchSearch(const char* fen, int depth, std::uint64_t& nodes, std::uint16_t& bestMove) {
-  initializeEngine();
   Position& rec = SearchRecords[0];
   nodes = 0;
   bestMove = 0;

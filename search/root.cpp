@@ -8,8 +8,6 @@
 #include "search/search.h"
 #include "search/split_point.h"
 #include "uci/globals.h"
-#include "uci/output.h"
-#include "uci/polling.h"
 
 namespace tavrin {
 
@@ -22,6 +20,7 @@ std::uint8_t RootFailingLow = 0;
 std::uint8_t RootBestMoveChanged = 0;
 std::uint8_t RootSearchStarted = 0;
 std::uint8_t RootNewPosition = 0;
+SearchReports Reports = {[](Position&, std::int64_t, int) {}, [](int) {}, [](Move, int) {}, [](Position&, int) {}};
 
 namespace {
 
@@ -62,7 +61,7 @@ void newBestMove(Move m, int score, int depth) {
 
 void maybePrintPv(Position& pos, int depth, int score) {
   Root.selDepth = pos.search.selDepth;
-  if (!Settings.quiet && depth > Settings.minPvDepth) printPvLine(pos, elapsedMicros(), score);
+  if (!Settings.quiet && depth > Settings.minPvDepth) Reports.pvLine(pos, elapsedMicros(), score);
 }
 
 // Makes the k-th root move with a full-window evaluation, announces it when asked, and returns the
@@ -77,7 +76,7 @@ int makeRootMove(Position& pos, Move m, int k, int depth, bool& check) {
   pos.st().nullBits = 3;
   check = childInCheck<~Us>(pos);
   if (Settings.infoCurrmove && !Settings.quiet && !Limits.nodeLimitFlag && depth >= params::CurrmoveMinDepth)
-    printCurrMove(m, k);
+    Reports.currMove(m, k);
   return depth - 2 + (check || passed ? 1 : 0);
 }
 
@@ -101,7 +100,7 @@ int rootSearch(Position& pos, int alpha, int beta, int depth) {
   beta = std::min(beta, MateScore);
   alpha = std::max(alpha, -MateScore);
   // 2. Announce the iteration.
-  if (Settings.infoDepth && !Settings.quiet) printInfoDepth(depth / 2);
+  if (Settings.infoDepth && !Settings.quiet) Reports.infoDepth(depth / 2);
 
   // 3. Every root move in list order.
   const Key rootKey = pos.st().key;
@@ -160,7 +159,7 @@ int rootSearch(Position& pos, int alpha, int beta, int depth) {
 template <Color Us>
 int rootSearchMulti(Position& pos, int, int, int depth) {
   constexpr Color Them = ~Us;
-  if (Settings.infoDepth && !Settings.quiet) printInfoDepth(depth / 2);
+  if (Settings.infoDepth && !Settings.quiet) Reports.infoDepth(depth / 2);
   const int count = rootMoveCount();
   const int kept = std::min({Engine.multiPV, MaxRootLines, count});
   const Key rootKey = pos.st().key;
@@ -303,7 +302,7 @@ void iterate(Position& pos) {
     Root.completedDepth = depth;
     stableIterations = Root.bestMove == previousBest ? stableIterations + 1 : 0;
     previousBest = Root.bestMove;
-    periodicCheck(pos, depth / 2);
+    Reports.poll(pos, depth / 2);
     if (depth / 2 >= Limits.depthLimit) break;
     if (timeToStop(count, stableIterations)) break;
   }

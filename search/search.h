@@ -28,6 +28,17 @@ extern Position SearchRecords[MaxThreads];
 // Iterative deepening for the side to move of pos (dispatches to the colour's driver).
 void runRootSearch(Position& pos);
 
+// What the root search reports and asks of the protocol layer, which installs it at start-up
+// (until then nothing is printed and nothing polled): the PV line, "info depth", "info currmove",
+// and the input poll between iterations (with the completed depth in plies).
+struct SearchReports {
+  void (*pvLine)(Position& pos, std::int64_t elapsedMicros, int score);
+  void (*infoDepth)(int plies);
+  void (*currMove)(Move m, int number);
+  void (*poll)(Position& pos, int depth);
+};
+extern SearchReports Reports;
+
 // Clears the history table to its start value (2048 in every entry).
 void clearHistory();
 

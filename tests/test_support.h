@@ -16,6 +16,7 @@
 #include "board/fen.h"
 #include "board/movegen.h"
 #include "board/position.h"
+#include "eval/evaluate.h"
 #include "eval/psq_tables.h"
 #include "uci/output.h"
 
@@ -40,6 +41,7 @@ inline void ensureBoardTables() {
   initCaptureKeys();
   initBoardTables();
   initPieceSquareTables();
+  EvaluatePosition = evaluateFull;
   built = true;
 }
 

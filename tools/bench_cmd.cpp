@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "app/startup.h"
 #include "search/bench.h"
 #include "tools/commands.h"
 #include "uci/output.h"
@@ -30,6 +31,7 @@ int benchCommand(int argc, char** argv) {
       return 2;
     }
   }
+  initializeEngine();
   const BenchResult r = runBench(depth, printPosition);
   const long long ms = r.micros / 1000;
   std::printf("time %lld ms\nnodes %llu\nnps %llu\n", ms, static_cast<unsigned long long>(r.nodes),

@@ -4,9 +4,11 @@
 
 #include "app/console.h"
 #include "app/platform.h"
+#include "board/make_move.h"
 #include "search/search.h"
 #include "uci/dispatcher.h"
 #include "uci/globals.h"
+#include "uci/output.h"
 
 namespace tavrin {
 
@@ -48,6 +50,11 @@ void periodicCheck(Position& pos, int depth) {
   }
 
   if (commandLineWaiting()) readCommandLine(pos);
+}
+
+void connectSearchToProtocol() {
+  InputPoll = [](Position& pos) { periodicCheck(pos, 0); };
+  Reports = {printPvLine, printInfoDepth, printCurrMove, periodicCheck};
 }
 
 }  // namespace tavrin

@@ -10,4 +10,8 @@ namespace tavrin {
 // throwing SearchAborted (through the dispatcher's stop handler).
 void periodicCheck(Position& pos, int depth);
 
+// Connects the board and the search to the protocol layer (start-up): the make-move counter's
+// input poll, and the root search's reports and poll between iterations.
+void connectSearchToProtocol();
+
 }  // namespace tavrin
