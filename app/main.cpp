@@ -1,10 +1,12 @@
 // Entry point: banner, start-up, then the command loop until "quit" or the end of input.
 #include "app/console.h"
+#include "app/platform.h"
 #include "app/startup.h"
 #include "uci/dispatcher.h"
 
 int main() {
   using namespace tavrin;
+  prepareStandardStreams();
   printOut(
       "Tavrin 1.4 by %s \n\n"
       "This version can play in reduced ELO mode. \n"

@@ -9,9 +9,12 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 #include <conio.h>
+#include <fcntl.h>
 #include <io.h>
 #include <malloc.h>
 #include <mmsystem.h>
+
+#include <cstdio>
 #else
 #include <cerrno>
 #include <poll.h>
@@ -30,6 +33,11 @@ std::size_t roundUp(std::size_t bytes) { return (bytes + Alignment - 1) / Alignm
 
 #ifdef _WIN32
 
+void prepareStandardStreams() {
+  // Output bytes as written: "\n" ends a line on every platform, as GUIs reading a pipe expect.
+  _setmode(_fileno(stdout), _O_BINARY);
+}
+
 std::int64_t wallClockMicros() { return std::int64_t(timeGetTime()) * 1000; }
 
 std::int64_t processCpuMicros() {
@@ -39,29 +47,101 @@ std::int64_t processCpuMicros() {
   return (ticks(kernel) + ticks(user)) / 10;
 }
 
-bool stdinReadable() {
-  static HANDLE input = nullptr;
-  static bool isPipe = false;
-  if (!input) {
-    input = GetStdHandle(STD_INPUT_HANDLE);
-    DWORD mode;
-    isPipe = !GetConsoleMode(input, &mode);
-    if (!isPipe) {
-      SetConsoleMode(input, mode & ~DWORD(ENABLE_WINDOW_INPUT | ENABLE_MOUSE_INPUT));
-      FlushConsoleInputBuffer(input);
-    }
+namespace {
+
+enum class InputKind { Console, Pipe, Other };
+
+struct StandardInput {
+  HANDLE handle;
+  InputKind kind;
+};
+
+// Copies standard input into a pipe of the engine's own, whose end the engine then reads and
+// peeks, and closes that pipe at the end of input. Only for an input pipe that cannot be peeked:
+// a Unix pipe handed to the program by wine is one (PeekNamedPipe answers "not supported" there,
+// and a readiness test that always says yes would block the search in the next read).
+DWORD WINAPI relayInput(void* target) {
+  HANDLE from = GetStdHandle(STD_INPUT_HANDLE);
+  HANDLE to = static_cast<HANDLE>(target);
+  char chunk[4096];
+  DWORD got = 0;
+  while (ReadFile(from, chunk, sizeof chunk, &got, nullptr) && got > 0) {
+    DWORD done = 0, put = 0;
+    while (done < got && WriteFile(to, chunk + done, got - done, &put, nullptr)) done += put;
+    if (done < got) break;
   }
-  if (isPipe) {
-    DWORD available = 0;
-    if (!PeekNamedPipe(input, nullptr, 0, nullptr, &available, nullptr)) return true;
-    return available > 0;
-  }
-  return _kbhit() != 0;
+  CloseHandle(to);
+  return 0;
 }
 
+HANDLE relayedInput() {
+  HANDLE readEnd, writeEnd;
+  if (!CreatePipe(&readEnd, &writeEnd, nullptr, 1 << 20)) return nullptr;
+  HANDLE thread = CreateThread(nullptr, 0, relayInput, writeEnd, 0, nullptr);
+  if (!thread) {
+    CloseHandle(readEnd);
+    CloseHandle(writeEnd);
+    return nullptr;
+  }
+  CloseHandle(thread);
+  return readEnd;
+}
+
+// The kind of standard input, decided on first use and kept: a console gets window and mouse
+// input switched off and its pending events dropped.
+const StandardInput& standardInput() {
+  static const StandardInput input = [] {
+    StandardInput in{GetStdHandle(STD_INPUT_HANDLE), InputKind::Other};
+    DWORD mode = 0;
+    if (GetConsoleMode(in.handle, &mode)) {
+      SetConsoleMode(in.handle, mode & ~DWORD(ENABLE_WINDOW_INPUT | ENABLE_MOUSE_INPUT));
+      FlushConsoleInputBuffer(in.handle);
+      in.kind = InputKind::Console;
+    } else if (GetFileType(in.handle) == FILE_TYPE_PIPE) {
+      in.kind = InputKind::Pipe;
+      DWORD available = 0;
+      if (!PeekNamedPipe(in.handle, nullptr, 0, nullptr, &available, nullptr) &&
+          GetLastError() != ERROR_BROKEN_PIPE)
+        if (HANDLE relayed = relayedInput()) in.handle = relayed;
+    }
+    return in;
+  }();
+  return input;
+}
+
+}  // namespace
+
+bool stdinReadable() {
+  const StandardInput& input = standardInput();
+  switch (input.kind) {
+    case InputKind::Console:
+      return _kbhit() != 0;
+    case InputKind::Pipe: {
+      // A failed peek (the writer has gone) says yes: the read then meets the end of input.
+      DWORD available = 0;
+      if (!PeekNamedPipe(input.handle, nullptr, 0, nullptr, &available, nullptr)) return true;
+      return available > 0;
+    }
+    case InputKind::Other:
+      break;
+  }
+  return true;  // a file or a device: a read never waits
+}
+
+// Raw reads on the handle that the readiness test looks at, so that both see the same bytes and
+// no C library buffer holds a line back (a "stop" right behind "go" is seen by the next test).
 long readStdin(char* buffer, std::size_t n) {
-  int got = _read(0, buffer, unsigned(n > 0x40000000 ? 0x40000000 : n));
-  return got > 0 ? got : 0;
+  const StandardInput& input = standardInput();
+  DWORD got = 0;
+  if (!ReadFile(input.handle, buffer, DWORD(n > 0x40000000 ? 0x40000000 : n), &got, nullptr)) return 0;
+  if (input.kind == InputKind::Console) {
+    // A console hands out typed lines ending in "\r\n"; the reader takes "\n", as from a terminal.
+    DWORD kept = 0;
+    for (DWORD i = 0; i < got; ++i)
+      if (!(buffer[i] == '\r' && i + 1 < got && buffer[i + 1] == '\n')) buffer[kept++] = buffer[i];
+    got = kept;
+  }
+  return long(got);
 }
 
 void* alignedAlloc(std::size_t bytes) {
@@ -77,6 +157,8 @@ void timerBegin() { timeBeginPeriod(1); }
 void timerEnd() { timeEndPeriod(1); }
 
 #else
+
+void prepareStandardStreams() {}
 
 std::int64_t wallClockMicros() {
   timespec now;

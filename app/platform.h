@@ -6,6 +6,8 @@
 
 namespace tavrin {
 
+// Sets standard output up for the protocol (called once, before the first line is printed).
+void prepareStandardStreams();
 // Wall clock in microseconds: a monotonic millisecond clock times 1000.
 std::int64_t wallClockMicros();
 // Processor time used by the process, in microseconds.

@@ -2,7 +2,10 @@
 # Drives the engine through polyglot's xboard front end: the engine must answer with legal moves
 # as White after "go" and as Black after a user move.
 set -u
-ENGINE=${1:?usage: polyglot_test.sh ENGINE}
+# The engine may be a command with arguments, e.g. wine build-win/tavrin.exe.
+: "${1:?usage: polyglot_test.sh ENGINE [ARGUMENT...]}"
+ENGINE_CMD=("$@")
+ENGINE="$*"
 export PATH=/usr/games:$PATH
 command -v polyglot >/dev/null || { echo "SKIP: polyglot is not installed"; exit 77; }
 . "$(dirname "$0")/engine_plays.sh"

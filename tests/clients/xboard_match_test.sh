@@ -1,8 +1,13 @@
 #!/usr/bin/env bash
-# Plays two short games in xboard (no GUI, under a virtual X server) against fairymax, the engine
-# wrapped by polyglot. Fails on an illegal move, a crash, a loss on time or a protocol error.
+# Plays two short games (GAMES in the environment sets another count) in xboard (no GUI, under a
+# virtual X server) against fairymax, the engine wrapped by polyglot. Fails on an illegal move, a
+# crash, a loss on time or a protocol error. The engine may be a command with arguments, e.g.
+# wine build-win/tavrin.exe.
 set -u
-ENGINE=${1:?usage: xboard_match_test.sh ENGINE}
+: "${1:?usage: xboard_match_test.sh ENGINE [ARGUMENT...]}"
+ENGINE_CMD=("$@")
+ENGINE="$*"
+GAMES=${GAMES:-2}
 export PATH=/usr/games:$PATH
 for tool in xboard polyglot fairymax xvfb-run; do
   command -v $tool >/dev/null || { echo "SKIP: $tool is not installed"; exit 77; }
@@ -13,7 +18,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-timeout 400 xvfb-run -a xboard -noGUI -xexit -saveSettingsOnExit false -mg 2 -tc 0:10 -inc 0.1 \
+timeout 400 xvfb-run -a xboard -noGUI -xexit -saveSettingsOnExit false -mg "$GAMES" -tc 0:10 -inc 0.1 \
   -fcp "$ENGINE" -fd "$work" -fUCI \
   -scp fairymax -sd "$work" \
   -sgf "$work/games.pgn" -debug -nameOfDebugFile "$work/debug.log" \
@@ -27,7 +32,7 @@ if [ $status -eq 124 ]; then
 fi
 games=$(grep -c '^\[Result ' games.pgn 2>/dev/null)
 games=${games:-0}
-if [ "$games" -lt 2 ]; then
+if [ "$games" -lt "$GAMES" ]; then
   echo "FAIL: $games games finished (xboard status $status)"
   fail=1
 fi

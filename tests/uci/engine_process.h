@@ -1,8 +1,11 @@
 // Runs the built engine as a child process with pipes on its standard input and output, for
-// byte-exact protocol exchanges with generous time-outs.
+// byte-exact protocol exchanges with generous time-outs. TAVRIN_ENGINE_COMMAND in the environment
+// names another engine command, split at blanks (e.g. "wine build-win/tavrin.exe"); the default is
+// the engine of this build.
 #pragma once
 
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -18,16 +21,19 @@ namespace tavrin::test {
 
 class EngineProcess {
  public:
-  explicit EngineProcess(const char* path = TAVRIN_ENGINE_PATH) {
+  explicit EngineProcess(const std::vector<std::string>& command = engineCommand()) {
     std::signal(SIGPIPE, SIG_IGN);  // writing to an engine that has quit must not kill the test
+    std::vector<char*> argv;
+    for (const std::string& word : command) argv.push_back(const_cast<char*>(word.c_str()));
+    argv.push_back(nullptr);
     int toChild[2], fromChild[2];
-    if (pipe(toChild) != 0 || pipe(fromChild) != 0) return;
+    if (command.empty() || pipe(toChild) != 0 || pipe(fromChild) != 0) return;
     pid_ = fork();
     if (pid_ == 0) {
       dup2(toChild[0], 0);
       dup2(fromChild[1], 1);
       close(toChild[0]), close(toChild[1]), close(fromChild[0]), close(fromChild[1]);
-      execl(path, path, static_cast<char*>(nullptr));
+      execvp(argv[0], argv.data());
       _exit(127);
     }
     close(toChild[0]);
@@ -47,6 +53,27 @@ class EngineProcess {
   EngineProcess& operator=(const EngineProcess&) = delete;
 
   bool started() const { return pid_ > 0; }
+
+  // The engine command: TAVRIN_ENGINE_COMMAND split at blanks, or the engine of this build.
+  static const std::vector<std::string>& engineCommand() {
+    static const std::vector<std::string> command = [] {
+      std::vector<std::string> words;
+      const char* text = std::getenv("TAVRIN_ENGINE_COMMAND");
+      if (!text || !*text) return std::vector<std::string>{TAVRIN_ENGINE_PATH};
+      std::string word;
+      for (const char* p = text;; ++p) {
+        if (*p && *p != ' ' && *p != '\t') {
+          word += *p;
+          continue;
+        }
+        if (!word.empty()) words.push_back(word);
+        word.clear();
+        if (!*p) break;
+      }
+      return words;
+    }();
+    return command;
+  }
 
   // Writes raw bytes (no newline added).
   void send(const std::string& text) {

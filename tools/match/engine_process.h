@@ -21,10 +21,10 @@ class EngineProcess {
   EngineProcess(const EngineProcess&) = delete;
   EngineProcess& operator=(const EngineProcess&) = delete;
 
-  // Starts the program with its arguments (no shell); stderr goes to /dev/null.
+  // Starts the program with its arguments (no shell); stderr goes to the null device.
   bool start(const std::string& command, const std::vector<std::string>& args,
              const std::string& workDir);
-  bool running() const { return pid_ > 0; }
+  bool running() const;
 
   // Sends one line (a newline is added). False when the pipe is broken.
   bool send(const std::string& line);
@@ -40,10 +40,21 @@ class EngineProcess {
   std::string exitDescription() const { return exitText_; }
 
  private:
+  // Waits for output until waitMillis at most: the byte count read into chunk, 0 when nothing
+  // came, -1 when the output has ended.
+  long readChunk(char* chunk, std::size_t size, long long waitMillis);
   void closeFds();
+#ifdef _WIN32
+  void* process_ = nullptr;     // handles
+  void* toChild_ = nullptr;
+  void* fromChild_ = nullptr;
+#else
   int pid_ = -1;
   int toChild_ = -1;
   int fromChild_ = -1;
+#endif
+  bool outputOpen() const;
+  void closeOutput();
   std::string buffer_;
   std::string exitText_;
 };

@@ -65,7 +65,11 @@ void readInfo(const std::string& line, MoveRecord& rec) {
 std::string today() {
   std::time_t t = std::time(nullptr);
   std::tm tm{};
+#ifdef _WIN32
+  localtime_s(&tm, &t);
+#else
   localtime_r(&t, &tm);
+#endif
   char buf[16];
   std::strftime(buf, sizeof buf, "%Y.%m.%d", &tm);
   return buf;
