@@ -22,7 +22,7 @@ void ignoreBrokenPipes() { signal(SIGPIPE, SIG_IGN); }
 EngineProcess::~EngineProcess() { stop(100); }
 
 bool EngineProcess::start(const std::string& command, const std::vector<std::string>& args,
-                          const std::string& workDir) {
+                          const std::string& workDir, const std::string& stderrPath) {
   stop(0);
   exitText_.clear();
   buffer_.clear();
@@ -39,7 +39,7 @@ bool EngineProcess::start(const std::string& command, const std::vector<std::str
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, in[0], 0);
   posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 2, stderrPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
   if (!workDir.empty()) posix_spawn_file_actions_addchdir_np(&actions, workDir.c_str());
 
   std::vector<char*> argv;
@@ -85,6 +85,11 @@ bool EngineProcess::send(const std::string& line) {
     left -= std::size_t(n);
   }
   return true;
+}
+
+void EngineProcess::closeInput() {
+  if (toChild_ >= 0) ::close(toChild_);
+  toChild_ = -1;
 }
 
 EngineProcess::ReadStatus EngineProcess::readLine(std::string& line,
