@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <deque>
 #include <fstream>
 #include <functional>
@@ -22,7 +23,7 @@ using Kind = Step::Kind;
 
 constexpr int StopMillis = 2000;   // a stop (or ponderhit with spent time) is answered within this
 constexpr int ExitMillis = 5000;   // the process ends within this after quit or end of input
-constexpr std::size_t StderrLinesShown = 40;
+constexpr std::size_t StderrLinesShown = 25;
 
 std::chrono::milliseconds ms(std::int64_t n) { return std::chrono::milliseconds(n); }
 
@@ -269,6 +270,18 @@ void Runner::afterExit() {
   }
 }
 
+// " [AddressSanitizer stack-overflow]" and the like, from the first report on standard error.
+std::string sanitizerFinding(const std::string& errors) {
+  for (const char* tool : {"AddressSanitizer", "UndefinedBehaviorSanitizer", "LeakSanitizer"}) {
+    const std::size_t at = errors.find(std::string("ERROR: ") + tool + ": ");
+    if (at == std::string::npos) continue;
+    const std::size_t from = at + std::strlen(tool) + 9;
+    return std::string(" [") + tool + " " + errors.substr(from, errors.find_first_of(" \n", from) - from) + "]";
+  }
+  if (errors.find("runtime error") != std::string::npos) return " [UndefinedBehaviorSanitizer runtime error]";
+  return {};
+}
+
 std::string Runner::stderrText() {
   std::ifstream in(settings_.stderrPath);
   std::string text, line;
@@ -300,8 +313,8 @@ SessionReport Runner::run() {
   }
   const std::string errors = stderrText();
   if (!errors.empty()) {
-    if (failed()) report_.failure += "\n  standard error:\n" + errors;
-    else report_.failure = "the engine wrote to standard error:\n" + errors;
+    if (!failed()) report_.failure = "the engine wrote to standard error";
+    report_.failure += sanitizerFinding(errors) + "\n  standard error:\n" + errors;
   }
   std::remove(settings_.stderrPath.c_str());
   return report_;
