@@ -454,10 +454,10 @@ SessionPlan Planner::run() {
     add(Kind::AwaitReady);
   }
   if (rng_.chance(0.15)) {
-    // Many short searches in a row: faults that need a hundred searches to show.
+    // Many short searches in a row from one position: faults that need a hundred searches to show.
     positionAction();
-    for (int n = int(rng_.range(40, 250)); n > 0; --n) {
-      if (rng_.chance(0.03)) positionAction();
+    for (int n = int(rng_.range(60, 300)); n > 0; --n) {
+      if (rng_.chance(0.005)) positionAction();
       if (rng_.chance(0.03)) isready();
       goAction(true);
     }

@@ -155,7 +155,7 @@ void Runner::onLine(const std::string& line) {
     default: return;
   }
   const std::string problem = checkMoves(out, plan_.goes[std::size_t(current_)].root);
-  if (!problem.empty()) fail(problem + " in \"" + line + "\"");
+  if (!problem.empty()) fail(problem + (problem.find(':') == std::string::npos ? ": \"" : ", in \"") + line + "\"");
 }
 
 SteadyClock::time_point Runner::bestMoveDeadline(int go) const {
