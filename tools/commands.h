@@ -7,5 +7,6 @@ int perftCommand(int argc, char** argv);
 int evalCommand(int argc, char** argv);
 int benchCommand(int argc, char** argv);
 int matchCommand(int argc, char** argv);
+int fuzzCommand(int argc, char** argv);
 
 }  // namespace tavrin::tool

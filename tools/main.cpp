@@ -17,6 +17,7 @@ const Subcommand Subcommands[] = {
     {"eval", tavrin::tool::evalCommand, "eval FEN"},
     {"bench", tavrin::tool::benchCommand, "bench [DEPTH]"},
     {"match", tavrin::tool::matchCommand, "match -engine cmd=PATH ... -engine cmd=PATH ... [options] (match --help)"},
+    {"fuzz", tavrin::tool::fuzzCommand, "fuzz --engine PATH [--seconds N] [--sessions N] [--seed S] [--verbose] (fuzz --help)"},
 };
 
 int usage() {

@@ -128,9 +128,10 @@ std::string describeExitCode(DWORD code) {
 bool EngineProcess::running() const { return process_ != nullptr; }
 bool EngineProcess::outputOpen() const { return fromChild_ != nullptr; }
 void EngineProcess::closeOutput() { closeHandle(fromChild_); }
+void EngineProcess::closeInput() { closeHandle(toChild_); }
 
 bool EngineProcess::start(const std::string& command, const std::vector<std::string>& args,
-                          const std::string& workDir) {
+                          const std::string& workDir, const std::string& stderrPath) {
   stop(0);
   exitText_.clear();
   buffer_.clear();
@@ -141,8 +142,9 @@ bool EngineProcess::start(const std::string& command, const std::vector<std::str
     CloseHandle(toChild);
     return false;
   }
-  HANDLE nul = CreateFileA("NUL", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                           OPEN_EXISTING, 0, nullptr);
+  const bool toNull = stderrPath.empty() || stderrPath == "/dev/null";
+  HANDLE nul = CreateFileA(toNull ? "NUL" : stderrPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                           nullptr, toNull ? OPEN_EXISTING : CREATE_ALWAYS, 0, nullptr);
 
   std::string line;
   appendArgument(line, command);
@@ -245,7 +247,7 @@ void EngineProcess::kill() {
 void ignoreBrokenPipes() { signal(SIGPIPE, SIG_IGN); }
 
 bool EngineProcess::start(const std::string& command, const std::vector<std::string>& args,
-                          const std::string& workDir) {
+                          const std::string& workDir, const std::string& stderrPath) {
   stop(0);
   exitText_.clear();
   buffer_.clear();
@@ -262,7 +264,7 @@ bool EngineProcess::start(const std::string& command, const std::vector<std::str
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, in[0], 0);
   posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 2, stderrPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
   if (!workDir.empty()) posix_spawn_file_actions_addchdir_np(&actions, workDir.c_str());
 
   std::vector<char*> argv;
@@ -308,6 +310,11 @@ bool EngineProcess::send(const std::string& line) {
     left -= std::size_t(n);
   }
   return true;
+}
+
+void EngineProcess::closeInput() {
+  if (toChild_ >= 0) ::close(toChild_);
+  toChild_ = -1;
 }
 
 bool EngineProcess::running() const { return pid_ > 0; }

@@ -21,13 +21,16 @@ class EngineProcess {
   EngineProcess(const EngineProcess&) = delete;
   EngineProcess& operator=(const EngineProcess&) = delete;
 
-  // Starts the program with its arguments (no shell); stderr goes to the null device.
+  // Starts the program with its arguments (no shell); stderr goes to the given file (created or
+  // truncated), the null device by default.
   bool start(const std::string& command, const std::vector<std::string>& args,
-             const std::string& workDir);
+             const std::string& workDir, const std::string& stderrPath = "/dev/null");
   bool running() const;
 
   // Sends one line (a newline is added). False when the pipe is broken.
   bool send(const std::string& line);
+  // Closes the engine's standard input: it reads the end of input next.
+  void closeInput();
   // Reads one line, waiting until the deadline at most.
   ReadStatus readLine(std::string& line, SteadyClock::time_point deadline);
 
