@@ -67,6 +67,7 @@ class Runner {
   bool inBanner_ = true;
   bool gone_ = false;                                // the engine's output has ended
   bool ended_ = false;                               // quit or end of input was sent
+  bool inputClosed_ = false;                         // ... and it was the end of input
 };
 
 void Runner::record(char direction, const std::string& line) {
@@ -228,7 +229,10 @@ void Runner::step(const Step& s) {
     case Kind::Close: {
       record('>', "(end of input)");
       engine_.closeInput();
-      ended_ = true;
+      ended_ = inputClosed_ = true;
+      // The end of input stops a running search and releases a waiting one: each owes its bestmove.
+      for (SearchState& open : searches_)
+        if (open.sent && !open.closed && !open.released) open.released = true, open.releasedAt = now;
       // A limited search may finish first; anything else must end at once.
       auto deadline = now + ms(ExitMillis);
       if (pending && !pending->released) {
@@ -264,8 +268,8 @@ void Runner::afterExit() {
   if (!readyDue_.empty()) fail("isready without readyok before the engine ended");
   if (uciOkSeen_ != uciSent_) fail("uci without uciok before the engine ended");
   for (std::size_t i = 0; i < searches_.size(); ++i) {
-    // The last search may have been cut short by the end of the session.
-    const bool last = int(i) == current_;
+    // The last search may have been cut short by quit (the end of input still owes its answer).
+    const bool last = int(i) == current_ && !inputClosed_;
     if (searches_[i].sent && !last && searches_[i].bestMoves == 0) fail("a go without bestmove");
   }
 }
