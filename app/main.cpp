@@ -1,7 +1,8 @@
 // Entry point: banner, start-up, then the command loop until "quit" or the end of input.
-#include "app/console.h"
-#include "app/platform.h"
 #include "app/startup.h"
+#include "common/console.h"
+#include "common/platform.h"
+#include "uci/command_line.h"
 #include "uci/dispatcher.h"
 
 int main() {

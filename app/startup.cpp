@@ -4,13 +4,13 @@
 
 #include "board/attacks.h"
 #include "board/movegen.h"
+#include "common/globals.h"
 #include "eval/evaluate.h"
 #include "eval/psq_tables.h"
 #include "search/search.h"
 #include "search/split_point.h"
 #include "search/tt.h"
 #include "uci/dispatcher.h"
-#include "uci/globals.h"
 #include "uci/polling.h"
 
 namespace tavrin {

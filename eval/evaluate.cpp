@@ -4,15 +4,15 @@
 
 #include <cstring>
 
-#include "app/platform.h"
 #include "board/movegen.h"
 #include "board/zobrist.h"
+#include "common/globals.h"
+#include "common/platform.h"
 #include "eval/attack_summary.h"
 #include "eval/eval_internal.h"
 #include "eval/kpk.h"
 #include "eval/material.h"
 #include "eval/psq_tables.h"
-#include "uci/globals.h"
 
 namespace tavrin {
 

@@ -2,8 +2,8 @@
 #include "eval/material.h"
 
 #include "board/bitboard.h"
+#include "common/globals.h"
 #include "eval/weights.h"
-#include "uci/globals.h"
 
 namespace tavrin {
 

@@ -1,12 +1,12 @@
 // The pawn-ending evaluators (kings and pawns only), one per side to move: unstoppable passers by
 // the rule of the square, king proximity to passers, and exact draws from the KPK bitbase.
 #include "board/bitboard.h"
+#include "common/globals.h"
 #include "eval/attack_summary.h"
 #include "eval/eval_internal.h"
 #include "eval/kpk.h"
 #include "eval/masks.h"
 #include "eval/weights.h"
-#include "uci/globals.h"
 
 namespace tavrin {
 

@@ -1,8 +1,8 @@
 // The pawn-structure evaluator and the pawn hash table with its lockless XOR check.
 #include "eval/pawns.h"
 
-#include "app/platform.h"
 #include "board/bitboard.h"
+#include "common/platform.h"
 #include "eval/masks.h"
 #include "eval/weights.h"
 

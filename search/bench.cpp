@@ -4,12 +4,12 @@
 
 #include <cstring>
 
-#include "app/platform.h"
 #include "board/fen.h"
+#include "common/globals.h"
+#include "common/platform.h"
 #include "eval/evaluate.h"
 #include "search/search.h"
 #include "search/tt.h"
-#include "uci/globals.h"
 
 namespace tavrin {
 

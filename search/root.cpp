@@ -2,12 +2,12 @@
 // move loops for one and for several principal variations, and the stop rules between iterations.
 #include <algorithm>
 
-#include "app/platform.h"
+#include "common/globals.h"
+#include "common/platform.h"
 #include "search/move_picker.h"
 #include "search/node.h"
 #include "search/search.h"
 #include "search/split_point.h"
-#include "uci/globals.h"
 
 namespace tavrin {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "app/platform.h"
+#include "common/platform.h"
 
 namespace tavrin {
 

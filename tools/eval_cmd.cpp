@@ -10,11 +10,11 @@
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
+#include "common/globals.h"
 #include "eval/eval_internal.h"
 #include "eval/evaluate.h"
 #include "eval/material.h"
 #include "tools/commands.h"
-#include "uci/globals.h"
 
 namespace tavrin::tool {
 

@@ -5,12 +5,12 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/console.h"
+#include "common/console.h"
+#include "common/globals.h"
 #include "eval/evaluate.h"
 #include "eval/material.h"
 #include "search/search.h"
 #include "search/tt.h"
-#include "uci/globals.h"
 #include "uci/go_command.h"
 #include "uci/options.h"
 #include "uci/position_command.h"

@@ -2,8 +2,8 @@
 #include <cstring>
 #include <iterator>
 
+#include "common/globals.h"
 #include "uci/decimal.h"
-#include "uci/globals.h"
 #include "uci/go_command.h"
 #include "uci/position_command.h"
 #include "uci/time_allocation.h"

@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "app/console.h"
+#include "common/console.h"
+#include "common/globals.h"
 #include "eval/evaluate.h"
 #include "search/tt.h"
 #include "uci/decimal.h"
-#include "uci/globals.h"
 
 namespace tavrin {
 

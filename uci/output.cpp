@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include "app/console.h"
 #include "board/legality.h"
 #include "board/make_move.h"
+#include "common/console.h"
+#include "common/globals.h"
 #include "eval/evaluate.h"
 #include "search/search.h"
 #include "search/tt.h"
-#include "uci/globals.h"
 
 namespace tavrin {
 

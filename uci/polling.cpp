@@ -2,12 +2,13 @@
 // line once a second, and one waiting command line.
 #include "uci/polling.h"
 
-#include "app/console.h"
-#include "app/platform.h"
 #include "board/make_move.h"
+#include "common/console.h"
+#include "common/globals.h"
+#include "common/platform.h"
 #include "search/search.h"
+#include "uci/command_line.h"
 #include "uci/dispatcher.h"
-#include "uci/globals.h"
 #include "uci/output.h"
 
 namespace tavrin {

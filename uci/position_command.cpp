@@ -6,10 +6,10 @@
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
+#include "common/globals.h"
 #include "eval/evaluate.h"
 #include "search/search.h"
 #include "uci/decimal.h"
-#include "uci/globals.h"
 #include "uci/position_command.h"
 #include "uci/words.h"
 

@@ -4,11 +4,12 @@
 #include <cstring>
 #include <vector>
 
-#include "app/console.h"
-#include "app/platform.h"
+#include "common/console.h"
+#include "common/globals.h"
+#include "common/platform.h"
 #include "search/search.h"
 #include "search/tt.h"
-#include "uci/globals.h"
+#include "uci/command_line.h"
 #include "uci/go_command.h"
 #include "uci/output.h"
 #include "uci/position_command.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/console.h"
+#include "common/console.h"
 
 using namespace tavrin;
 

@@ -7,8 +7,8 @@
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/zobrist.h"
-#include "tests/test_support.h"
 #include "eval/attack_summary.h"
+#include "tests/test_support.h"
 
 namespace tavrin::test {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "board/legality.h"
 #include "board/make_move.h"
-#include "tests/test_support.h"
 #include "eval/attack_summary.h"
+#include "tests/test_support.h"
 
 namespace tavrin::test {
 namespace {

@@ -5,8 +5,8 @@
 #include "board/bitboard.h"
 #include "board/make_move.h"
 #include "board/zobrist.h"
-#include "tests/test_support.h"
 #include "eval/psq_tables.h"
+#include "tests/test_support.h"
 
 namespace tavrin::test {
 namespace {

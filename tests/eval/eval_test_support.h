@@ -14,11 +14,11 @@
 #include "board/make_move.h"
 #include "board/movegen.h"
 #include "board/position.h"
-#include "tests/test_support.h"
+#include "common/globals.h"
 #include "eval/eval_internal.h"
 #include "eval/evaluate.h"
 #include "eval/psq_tables.h"
-#include "uci/globals.h"
+#include "tests/test_support.h"
 
 namespace tavrin::test {
 

@@ -8,13 +8,13 @@
 #include "app/startup.h"
 #include "board/fen.h"
 #include "board/movegen.h"
+#include "common/globals.h"
 #include "eval/evaluate.h"
 #include "search/bench.h"
 #include "search/search.h"
 #include "search/tt.h"
-#include "uci/globals.h"
-#include "uci/output.h"
 #include "tests/test_support.h"
+#include "uci/output.h"
 
 namespace tavrin::test {
 

@@ -4,9 +4,9 @@
 #include <string>
 
 #include "app/startup.h"
+#include "common/globals.h"
 #include "search/search.h"
 #include "uci/dispatcher.h"
-#include "uci/globals.h"
 
 using namespace tavrin;
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "app/startup.h"
-#include "uci/globals.h"
+#include "common/globals.h"
 #include "uci/go_command.h"
 #include "uci/position_command.h"
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "uci/globals.h"
+#include "common/globals.h"
 #include "uci/options.h"
 
 using namespace tavrin;

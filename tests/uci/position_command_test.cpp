@@ -6,7 +6,7 @@
 
 #include "app/startup.h"
 #include "board/position.h"
-#include "uci/globals.h"
+#include "common/globals.h"
 #include "uci/position_command.h"
 
 using namespace tavrin;

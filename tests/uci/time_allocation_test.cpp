@@ -1,7 +1,7 @@
 // Time allocation: soft targets and hard limits from the clock, period bookkeeping.
 #include <gtest/gtest.h>
 
-#include "uci/globals.h"
+#include "common/globals.h"
 #include "uci/time_allocation.h"
 
 using namespace tavrin;

@@ -3,8 +3,6 @@
 
 #include <cstdint>
 
-#include "board/types.h"
-
 namespace tavrin {
 
 struct EngineGlobals {
@@ -60,7 +58,7 @@ struct SearchLimits {
   std::int64_t winc = 0, binc = 0;
   std::int32_t movesToGo = 0;
   std::uint8_t searchMovesFlag = 0;
-  Move searchMoves[256] = {};                      // ended by 0
+  std::uint16_t searchMoves[256] = {};             // moves, ended by 0
   std::uint8_t analysis = 0;                       // no hard time limit was set
   std::int32_t periodMovesToGo = 0, previousMovesToGo = 0;
   std::int64_t periodClockWhite = 0, periodClockBlack = 0, periodClockToMove = 0;

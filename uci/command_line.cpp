@@ -1,12 +1,14 @@
 // The command line from standard input, shared by the command loop, the polling inside a search
 // and the waits after an infinite or pondering search.
+#include "uci/command_line.h"
+
 #include <cstdio>
 #include <cstdlib>
 
-#include "app/console.h"
-#include "app/platform.h"
+#include "common/console.h"
+#include "common/globals.h"
+#include "common/platform.h"
 #include "uci/dispatcher.h"
-#include "uci/globals.h"
 #include "uci/go_command.h"
 
 namespace tavrin {

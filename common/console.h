@@ -3,7 +3,6 @@
 
 #include <cstddef>
 
-#include "board/position.h"
 
 namespace tavrin {
 
@@ -41,12 +40,5 @@ class LineReader {
   std::size_t begin_ = 0, end_ = 0;
   char buffer_[LineBufferBytes];
 };
-
-// Reads one line from standard input and dispatches it with pos. At the end of input a running
-// or waiting search is stopped (its best move is printed); otherwise the process ends with exit
-// status 0 (output flushed first).
-void readCommandLine(Position& pos);
-// True when a command line is waiting on standard input (for the polling inside a search).
-bool commandLineWaiting();
 
 }  // namespace tavrin

@@ -2,7 +2,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "app/console.h"
+#include "common/console.h"
 
 namespace tavrin {
 

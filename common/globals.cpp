@@ -1,5 +1,5 @@
 // The process-wide engine variables and the limits of the current search.
-#include "uci/globals.h"
+#include "common/globals.h"
 
 namespace tavrin {
 

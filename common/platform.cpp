@@ -1,6 +1,6 @@
 // Operating-system services: clocks, input readiness, raw input and aligned memory. The only
 // file of the engine that includes an operating-system header.
-#include "app/platform.h"
+#include "common/platform.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,7 +1,7 @@
 // The line reader: fgets-like lines out of a byte source, with a non-blocking readiness test.
 #include <cstring>
 
-#include "app/console.h"
+#include "common/console.h"
 
 namespace tavrin {
 
