@@ -18,6 +18,7 @@
 #else
 #include <cerrno>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <time.h>
 #include <unistd.h>
@@ -28,7 +29,38 @@ namespace tavrin {
 namespace {
 // Hash tables are handed out in whole cache lines.
 constexpr std::size_t Alignment = 64;
-std::size_t roundUp(std::size_t bytes) { return (bytes + Alignment - 1) / Alignment * Alignment; }
+std::size_t roundUp(std::size_t bytes, std::size_t unit = Alignment) { return (bytes + unit - 1) / unit * unit; }
+
+// Blocks of this size or more are backed by large pages where the system offers them: a table
+// of 126 MB then costs 63 page faults instead of 32,000, and fewer misses of the address cache.
+constexpr std::size_t LargePage = std::size_t(2) << 20;
+
+// The large-page blocks handed out, with their sizes, for their release.
+struct LargeBlock {
+  void* p;
+  std::size_t bytes;
+};
+LargeBlock LargeBlocks[8];
+
+bool rememberLargeBlock(void* p, std::size_t bytes) {
+  for (LargeBlock& b : LargeBlocks)
+    if (!b.p) {
+      b = {p, bytes};
+      return true;
+    }
+  return false;
+}
+
+// The size of a large-page block given out at p (0 when p is none), forgotten on the way.
+std::size_t forgetLargeBlock(void* p) {
+  for (LargeBlock& b : LargeBlocks)
+    if (b.p == p) {
+      const std::size_t bytes = b.bytes;
+      b = {};
+      return bytes;
+    }
+  return 0;
+}
 }  // namespace
 
 #ifdef _WIN32
@@ -144,14 +176,47 @@ long readStdin(char* buffer, std::size_t n) {
   return long(got);
 }
 
+namespace {
+// Large pages need the "lock pages in memory" right; asked for once, they are used only when the
+// account holds it.
+SIZE_T largePageSize() {
+  static SIZE_T size = [] {
+    const SIZE_T minimum = GetLargePageMinimum();
+    if (!minimum) return SIZE_T(0);
+    HANDLE token;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, &token)) return SIZE_T(0);
+    TOKEN_PRIVILEGES privileges{};
+    privileges.PrivilegeCount = 1;
+    privileges.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
+    bool granted = LookupPrivilegeValueA(nullptr, "SeLockMemoryPrivilege", &privileges.Privileges[0].Luid) &&
+                   AdjustTokenPrivileges(token, FALSE, &privileges, 0, nullptr, nullptr) &&
+                   GetLastError() == ERROR_SUCCESS;
+    CloseHandle(token);
+    return granted ? minimum : SIZE_T(0);
+  }();
+  return size;
+}
+}  // namespace
+
 void* alignedAlloc(std::size_t bytes) {
+  if (bytes >= LargePage) {
+    if (const SIZE_T page = largePageSize()) {
+      const std::size_t size = roundUp(bytes, page);
+      void* p = VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT | MEM_LARGE_PAGES, PAGE_READWRITE);
+      if (p && rememberLargeBlock(p, size)) return p;   // committed pages arrive zeroed
+      if (p) VirtualFree(p, 0, MEM_RELEASE);
+    }
+  }
   std::size_t size = roundUp(bytes ? bytes : 1);
   void* p = _aligned_malloc(size, Alignment);
   if (p) std::memset(p, 0, size);
   return p;
 }
 
-void alignedFree(void* p) { _aligned_free(p); }
+void alignedFree(void* p) {
+  if (forgetLargeBlock(p)) VirtualFree(p, 0, MEM_RELEASE);
+  else _aligned_free(p);
+}
 
 void timerBegin() { timeBeginPeriod(1); }
 void timerEnd() { timeEndPeriod(1); }
@@ -194,6 +259,24 @@ long readStdin(char* buffer, std::size_t n) {
 // costs no extra pass over its memory here; the block is aligned by hand and the pointer that
 // calloc returned is kept just below it for the release.
 void* alignedAlloc(std::size_t bytes) {
+  if (bytes >= LargePage) {
+    // A block aligned to a large page and marked for them (transparent huge pages); mapped pages
+    // arrive zeroed. The slack in front of and behind the aligned block goes back at once.
+    const std::size_t size = roundUp(bytes, LargePage);
+    void* raw = mmap(nullptr, size + LargePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (raw != MAP_FAILED) {
+      const auto start = reinterpret_cast<std::uintptr_t>(raw);
+      const auto aligned = roundUp(start, LargePage);
+      if (aligned > start) munmap(raw, aligned - start);
+      if (const std::size_t tail = start + LargePage - aligned) munmap(reinterpret_cast<void*>(aligned + size), tail);
+      void* p = reinterpret_cast<void*>(aligned);
+#ifdef MADV_HUGEPAGE
+      madvise(p, size, MADV_HUGEPAGE);
+#endif
+      if (rememberLargeBlock(p, size)) return p;
+      munmap(p, size);
+    }
+  }
   void* raw = std::calloc(roundUp(bytes ? bytes : 1) + Alignment, 1);
   if (!raw) return nullptr;
   auto aligned = (reinterpret_cast<std::uintptr_t>(raw) + Alignment) & ~std::uintptr_t(Alignment - 1);
@@ -202,7 +285,8 @@ void* alignedAlloc(std::size_t bytes) {
 }
 
 void alignedFree(void* p) {
-  if (p) std::free(static_cast<void**>(p)[-1]);
+  if (const std::size_t bytes = forgetLargeBlock(p)) munmap(p, bytes);
+  else if (p) std::free(static_cast<void**>(p)[-1]);
 }
 
 void timerBegin() {}

@@ -16,7 +16,8 @@ std::int64_t processCpuMicros();
 bool stdinReadable();
 // Reads up to n bytes from standard input; returns the count, 0 at end of input.
 long readStdin(char* buffer, std::size_t n);
-// 64-byte aligned allocation of zeroed memory, and its release.
+// 64-byte aligned allocation of zeroed memory, and its release. Blocks of 2 MB and more are backed
+// by large pages where the system offers them (and the process may use them).
 void* alignedAlloc(std::size_t bytes);
 void alignedFree(void* p);
 // Raise and lower the timer resolution around a search (no-ops where not needed).
