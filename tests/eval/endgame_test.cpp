@@ -2,7 +2,6 @@
 // scaled-down material, and the material table's flags.
 #include <cstdlib>
 
-#include "eval/kpk.h"
 #include "eval/material.h"
 #include "eval_test_support.h"
 
@@ -52,19 +51,6 @@ TEST(EvalEndgames, SanityTable) {
       EXPECT_EQ(pos.st().evalFinal, 0) << c.what;
     }
   }
-}
-
-TEST(EvalEndgames, KpkBitbaseKnownResults) {
-  ensureEvalTables();
-  // Strong king, pawn, weak king, pawn is White's, strong side to move.
-  EXPECT_TRUE(kpkWins(E6, E5, E8, true, true));
-  EXPECT_TRUE(kpkWins(E6, E5, E8, true, false));
-  EXPECT_FALSE(kpkWins(E6, E7, E8, true, false));   // stalemate
-  EXPECT_TRUE(kpkWins(D6, E6, E8, true, true));      // e7, then Kd7 and the pawn queens
-  EXPECT_FALSE(kpkWins(G6, H6, H8, true, true));     // rook pawn, defender in the corner
-  // Black's pawn: the mirror of the first case.
-  EXPECT_TRUE(kpkWins(E3, E4, E1, false, true));
-  EXPECT_FALSE(kpkWins(E3, E2, E1, false, false));
 }
 
 TEST(EvalEndgames, BishopAndKnightDriveToTheBishopsCorner) {
