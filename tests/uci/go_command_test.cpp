@@ -132,6 +132,9 @@ TEST_F(GoCommand, SearchMoves) {
   EXPECT_EQ(Limits.depthLimit, 3);
   const Move expected[] = {makeMove(E2, E4), makeMove(D2, D4), makeMove(G1, F3), makeMove(B1, C3), NoMove};
   for (int i = 0; i < 5; ++i) EXPECT_EQ(Limits.searchMoves[i], expected[i]) << i;
+  positionCommand(RootPosition, "fen 4k3/P7/8/8/8/8/8/4K3 w - - 0 1");
+  go("go searchmoves a7a8n");   // unlike a move list, a promotion letter is always read
+  EXPECT_EQ(Limits.searchMoves[0], makeMove(A7, A8, PromoteKnight));
   go("go e2e4 depth 2");   // move words before searchmoves are ignored
   EXPECT_EQ(Limits.searchMovesFlag, 0);
   EXPECT_EQ(Limits.searchMoves[0], NoMove);
