@@ -52,6 +52,13 @@ void expectAlive(EngineProcess& e) {
   EXPECT_TRUE(e.readUntil("readyok ", Reply)) << "engine stopped answering";
 }
 
+// The search's answer, which must hold a move.
+void expectMove(EngineProcess& e, const std::string& why = "", int timeoutMs = Reply) {
+  auto best = e.readUntil("bestmove ", timeoutMs);
+  ASSERT_TRUE(best) << "no answer: " << why;
+  EXPECT_NE(*best, "bestmove 0000") << why;
+}
+
 void expectCleanEnd(EngineProcess& e) {
   e.closeInput();
   EXPECT_EQ(e.waitExit(Reply), 0);
@@ -155,9 +162,7 @@ TEST(Protocol, HugeLineAndLongMoveLists) {
   e.sendLine("position startpos moves" + longer);
   expectAlive(e);
   e.sendLine("go depth 3");   // the list stopped at the game limit: the search still runs
-  auto best = e.readUntil("bestmove ", Reply);
-  ASSERT_TRUE(best);
-  EXPECT_NE(*best, "bestmove 0000");
+  expectMove(e);
   expectCleanEnd(e);
 }
 
@@ -223,10 +228,8 @@ TEST(ProtocolSearch, FixedDepthNodesAndMovetimeEndByThemselves) {
     linesUntil(e, "readyok");
     long long start = EngineProcess::nowMs();
     e.sendLine(go);
-    auto best = e.readUntil("bestmove ", Reply);
+    expectMove(e, go);
     long long took = EngineProcess::nowMs() - start;
-    ASSERT_TRUE(best) << go;
-    EXPECT_NE(*best, "bestmove 0000") << go;
     if (std::string(go) == "go movetime 200") {
       EXPECT_GE(took, 150) << go;
       EXPECT_LT(took, 1000) << go;
@@ -252,10 +255,8 @@ TEST(ProtocolSearch, AnswersDuringASearch) {
   usleep(200000);
   start = EngineProcess::nowMs();
   e.sendLine("stop");
-  auto best = e.readUntil("bestmove ", Prompt);
+  expectMove(e, "stop", Prompt);
   EXPECT_LT(EngineProcess::nowMs() - start, Prompt);
-  ASSERT_TRUE(best);
-  EXPECT_NE(*best, "bestmove 0000");
   expectCleanEnd(e);
 }
 
@@ -266,9 +267,7 @@ TEST(ProtocolSearch, StopRightBehindGo) {
   EngineProcess e;
   e.sendLine("position startpos");
   e.send("go infinite\nstop\n");
-  auto best = e.readUntil("bestmove ", Reply);
-  ASSERT_TRUE(best);
-  EXPECT_NE(*best, "bestmove 0000");
+  expectMove(e);
   expectCleanEnd(e);
 }
 
@@ -296,9 +295,7 @@ TEST(ProtocolSearch, PonderExchange) {
   e.sendLine("go ponder wtime 2000 btime 2000");
   EXPECT_FALSE(e.readUntil("bestmove", 800));   // no time limit while pondering
   e.sendLine("ponderhit");
-  auto best = e.readUntil("bestmove ", Reply);
-  ASSERT_TRUE(best);
-  EXPECT_NE(*best, "bestmove 0000");
+  expectMove(e);
   // Pondering ended by stop also answers.
   e.sendLine("go ponder wtime 2000 btime 2000");
   usleep(200000);
@@ -325,9 +322,7 @@ TEST(ProtocolSearch, UcinewgameDuringASearchStopsIt) {
   e.sendLine("go infinite");
   usleep(200000);
   e.sendLine("ucinewgame");
-  auto best = e.readUntil("bestmove ", Prompt * 2);
-  ASSERT_TRUE(best);
-  EXPECT_NE(*best, "bestmove 0000");
+  expectMove(e, "ucinewgame", Prompt * 2);
   expectCleanEnd(e);
 }
 
@@ -383,9 +378,7 @@ TEST(ProtocolSearch, EndOfInputStopsASearchWithoutLimits) {
     e.sendLine(go);
     usleep(200000);
     e.closeInput();
-    auto best = e.readUntil("bestmove ", Reply);
-    ASSERT_TRUE(best) << go;
-    EXPECT_NE(*best, "bestmove 0000") << go;
+    expectMove(e, go);
     EXPECT_EQ(e.waitExit(Reply), 0) << go;
   }
 }
