@@ -38,24 +38,6 @@ TEST(AttackTables, LookupsAgreeWithSlowSlidersOnRandomBoards) {
   }
 }
 
-TEST(ZobristKeys, StartPositionKeysAndMaterial) {
-  BoardFixture f;
-  setStartPosition(f.pos);
-  const StateEntry& st = *f.pos.state;
-  EXPECT_EQ(f.pos.state, f.pos.stateStack + 1);
-  Key pieces = 0, pawnsAndKings = 0;
-  for (int sq = 0; sq < 64; ++sq)
-    if (int c = f.pos.board[sq]) {
-      pieces ^= Zobrist.pieceSquare[c][sq];
-      if (kindOf(c) == Pawn || kindOf(c) == King) pawnsAndKings ^= Zobrist.pieceSquare[c][sq];
-    }
-  EXPECT_EQ(st.key, pieces ^ Zobrist.castling[15] ^ Zobrist.side);
-  EXPECT_EQ(st.pawnKey, pawnsAndKings ^ Zobrist.castling[15] ^ PawnKeySalt);
-  EXPECT_EQ(st.materialKey & 0xFF, 32u);
-  // Material index: 1 queen, 2 rooks, one bishop of each colour, 2 knights, 8 pawns a side.
-  EXPECT_EQ(st.materialKey >> 8, 1u + 2 + 2 * 4 + 2 * 12 + 36 + 72 + 144 + 288 + 2 * 576 + 2 * 1728 + 8 * 5184 + 8 * 46656);
-}
-
 TEST(ZobristKeys, SetUpDetailsTableDriven) {
   struct Case {
     const char* fen;

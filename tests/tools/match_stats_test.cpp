@@ -8,15 +8,6 @@
 
 using namespace tavrin::match;
 
-TEST(MatchStats, EloOfScores) {
-  EXPECT_NEAR(eloFromScore(0.75), 190.8485, 1e-3);     // -400 log10(1/3)
-  EXPECT_NEAR(eloFromScore(0.25), -190.8485, 1e-3);
-  EXPECT_NEAR(scoreFromElo(eloFromScore(0.62)), 0.62, 1e-12);
-  EXPECT_TRUE(std::isinf(eloFromScore(0.0)) && eloFromScore(0.0) < 0);
-  EXPECT_EQ(formatElo(eloFromScore(1.0)), "+inf");
-  EXPECT_EQ(formatElo(-12.34), "-12.3");
-}
-
 TEST(MatchStats, IntervalsAndLlr) {
   // 50 pairs: 107 half-points of 200, pair scores mean 0.535, variance 0.055025.
   Tally t;
@@ -26,6 +17,8 @@ TEST(MatchStats, IntervalsAndLlr) {
   EXPECT_NEAR(e.elo, 24.3603, 1e-3);
   EXPECT_NEAR(e.lower, -20.8848, 1e-3);   // score 0.535 -+ 1.96 sqrt(0.055025 / 50)
   EXPECT_NEAR(e.upper, 70.4506, 1e-3);
+  EXPECT_EQ(formatElo(e.elo), "+24.4");
+  EXPECT_EQ(formatElo(estimateElo(Tally{10, 0, 0, {}}).elo), "+inf");
   EXPECT_NEAR(sprtLlr(t, 0, 5), 0.205310, 1e-5);
   EXPECT_NEAR(sprtLlr(t, -5, 5), 0.457661, 1e-5);
   EXPECT_NEAR(SprtSettings().lowerBound(), -2.944439, 1e-6);
