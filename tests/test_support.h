@@ -4,10 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -67,17 +70,8 @@ struct BoardFixture {
 
 // The blank-separated fields of a FEN.
 inline std::vector<std::string> splitFields(const std::string& fen) {
-  std::vector<std::string> fields;
-  std::string field;
-  for (char c : fen) {
-    if (c == ' ') {
-      if (!field.empty()) fields.push_back(field), field.clear();
-    } else {
-      field += c;
-    }
-  }
-  if (!field.empty()) fields.push_back(field);
-  return fields;
+  std::istringstream in(fen);
+  return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
 }
 
 inline std::string swapCase(std::string s) {
@@ -88,25 +82,24 @@ inline std::string swapCase(std::string s) {
 // The colour mirror of a FEN: board flipped top to bottom, colours, side, rights and en-passant
 // square swapped; the move counters kept.
 inline std::string mirrorFen(const std::string& fen) {
-  const std::vector<std::string> f = splitFields(fen);
-  std::vector<std::string> ranks{""};
-  for (char c : f[0]) c == '/' ? ranks.push_back("") : void(ranks.back() += c);
-  std::string board;
+  std::vector<std::string> f = splitFields(fen);
+  std::string slashes = f[0];
+  std::replace(slashes.begin(), slashes.end(), '/', ' ');
+  const std::vector<std::string> ranks = splitFields(slashes);
+  std::string board, castle;
   for (auto it = ranks.rbegin(); it != ranks.rend(); ++it) {
     if (!board.empty()) board += '/';
     board += swapCase(*it);
   }
-  std::string castle = "-";
-  if (f[2] != "-") {
-    castle.clear();
-    for (char c : std::string("KQkq"))
-      if (f[2].find(swapCase(std::string(1, c))[0]) != std::string::npos) castle += c;
-  }
-  std::string ep = f[3];
-  if (ep != "-") ep[1] = char('1' + ('8' - ep[1]));
-  std::string rest;
-  for (std::size_t i = 4; i < f.size(); ++i) rest += " " + f[i];
-  return board + " " + (f[1] == "w" ? "b" : "w") + " " + castle + " " + ep + rest;
+  for (char c : std::string("KQkq"))
+    if (f[2].find(swapCase(std::string(1, c))) != std::string::npos) castle += c;
+  if (f[3] != "-") f[3][1] = char('1' + ('8' - f[3][1]));
+  f[0] = board;
+  f[1][0] = f[1] == "w" ? 'b' : 'w';
+  f[2] = castle.empty() ? std::string("-") : castle;
+  std::string out = f[0];
+  for (std::size_t i = 1; i < f.size(); ++i) out.append(1, ' ').append(f[i]);
+  return out;
 }
 
 struct EpdLine {

@@ -1,4 +1,4 @@
-// Start-up tables: slider lookups, between/line masks, set-up keys, piece-square mirroring.
+// Start-up tables: slider lookups against a slow reference, set-up keys and material.
 #include <gtest/gtest.h>
 
 #include "board/attacks.h"
@@ -10,12 +10,6 @@
 
 namespace tavrin::test {
 namespace {
-
-Bitboard squares(std::initializer_list<int> list) {
-  Bitboard b = 0;
-  for (int s : list) b |= bit(s);
-  return b;
-}
 
 // A position record with only the given occupancy (for slider lookups).
 Position& withOccupancy(Position& pos, Bitboard occupied) {
@@ -30,15 +24,6 @@ Position& withOccupancy(Position& pos, Bitboard occupied) {
   return pos;
 }
 
-// Leapers at the edges (the sliders are checked against the slow reference below).
-TEST(AttackTables, LeapersAtTheEdges) {
-  ensureBoardTables();
-  EXPECT_EQ(knightAttacks(A1), squares({B3, C2}));
-  EXPECT_EQ(knightAttacks(H8), squares({G6, F7}));
-  EXPECT_EQ(kingAttacks(E1), squares({D1, F1, D2, E2, F2}));
-  for (int sq = 0; sq < 64; ++sq) EXPECT_FALSE(knightAttacks(sq) & (fileOf(sq) < 2 ? FileH | (FileH >> 1) : 0));
-}
-
 TEST(AttackTables, LookupsAgreeWithSlowSlidersOnRandomBoards) {
   BoardFixture f;
   std::uint64_t x = 0x9E3779B97F4A7C15ULL;
@@ -51,40 +36,6 @@ TEST(AttackTables, LookupsAgreeWithSlowSlidersOnRandomBoards) {
       ASSERT_EQ(bishopAttacks(sq, f.pos), slowBishopAttacks(sq, occ)) << sq << " " << occ;
     }
   }
-}
-
-TEST(AttackTables, BetweenAndLine) {
-  ensureBoardTables();
-  EXPECT_EQ(Attacks.between[A1][D4], squares({B2, C3}));
-  EXPECT_EQ(Attacks.between[E1][E8], squares({E2, E3, E4, E5, E6, E7}));
-  EXPECT_EQ(Attacks.between[A1][B3], 0u);
-  EXPECT_EQ(Attacks.line[C3][E5], slowBishopAttacks(A1, 0) | bit(A1));
-  EXPECT_EQ(Attacks.kingEscape[E1][E8], kingAttacks(E1));     // nothing beyond e1 on the file
-  EXPECT_EQ(Attacks.kingEscape[E4][E8], kingAttacks(E4) & ~bit(E3));
-  EXPECT_EQ(Attacks.kingEscape[E4][B7], kingAttacks(E4) & ~bit(F3));
-  EXPECT_EQ(Attacks.kingEscape[E4][F6], kingAttacks(E4));     // a knight's square: no line
-}
-
-TEST(ZobristKeys, StartPositionKeysAndMaterial) {
-  BoardFixture f;
-  setStartPosition(f.pos);
-  const StateEntry& st = *f.pos.state;
-  EXPECT_EQ(f.pos.state, f.pos.stateStack + 1);
-  Key pieces = 0, pawnsAndKings = 0;
-  for (int sq = 0; sq < 64; ++sq)
-    if (int c = f.pos.board[sq]) {
-      pieces ^= Zobrist.pieceSquare[c][sq];
-      if (kindOf(c) == Pawn || kindOf(c) == King) pawnsAndKings ^= Zobrist.pieceSquare[c][sq];
-    }
-  EXPECT_EQ(st.key, pieces ^ Zobrist.castling[15] ^ Zobrist.side);
-  EXPECT_EQ(st.pawnKey, pawnsAndKings ^ Zobrist.castling[15] ^ PawnKeySalt);
-  EXPECT_EQ(st.materialKey & 0xFF, 32u);
-  EXPECT_EQ(f.pos.board[C1], WhiteBishopDark);
-  EXPECT_EQ(f.pos.board[F1], WhiteBishopLight);
-  EXPECT_EQ(f.pos.board[C8], BlackBishopLight);
-  EXPECT_EQ(f.pos.board[F8], BlackBishopDark);
-  // Material index: 1 queen, 2 rooks, one bishop of each colour, 2 knights, 8 pawns a side.
-  EXPECT_EQ(st.materialKey >> 8, 1u + 2 + 2 * 4 + 2 * 12 + 36 + 72 + 144 + 288 + 2 * 576 + 2 * 1728 + 8 * 5184 + 8 * 46656);
 }
 
 TEST(ZobristKeys, SetUpDetailsTableDriven) {
@@ -111,21 +62,6 @@ TEST(ZobristKeys, SetUpDetailsTableDriven) {
   const Key withEp = f.pos.state->key;
   f.set("4k3/8/8/3pP3/8/8/8/4K3 w - - 0 2");
   EXPECT_EQ(withEp, f.pos.state->key ^ Zobrist.enPassant[3]);
-}
-
-TEST(PieceSquareTables, BlackRowsMirrorWhiteAndPawnsNeverStandOnTheEdgeRanks) {
-  ensureBoardTables();
-  for (int sq = 0; sq < 64; ++sq) {
-    EXPECT_EQ(PieceSquare[0][sq], 0);
-    EXPECT_EQ(PieceSquare[8][sq], 0);
-    for (int code = 1; code < 8; ++code) EXPECT_EQ(PieceSquare[code + 8][sq], -PieceSquare[code][63 - sq]);
-  }
-  for (int f = 0; f < 8; ++f) {
-    EXPECT_EQ(PieceSquare[WhitePawn][f], 0);
-    EXPECT_EQ(PieceSquare[WhitePawn][56 + f], 0);
-    EXPECT_EQ(PieceSquare[BlackPawn][f], 0);
-    EXPECT_EQ(PieceSquare[BlackPawn][56 + f], 0);
-  }
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 // scaled-down material, and the material table's flags.
 #include <cstdlib>
 
-#include "eval/kpk.h"
 #include "eval/material.h"
 #include "eval_test_support.h"
 
@@ -54,19 +53,6 @@ TEST(EvalEndgames, SanityTable) {
   }
 }
 
-TEST(EvalEndgames, KpkBitbaseKnownResults) {
-  ensureEvalTables();
-  // Strong king, pawn, weak king, pawn is White's, strong side to move.
-  EXPECT_TRUE(kpkWins(E6, E5, E8, true, true));
-  EXPECT_TRUE(kpkWins(E6, E5, E8, true, false));
-  EXPECT_FALSE(kpkWins(E6, E7, E8, true, false));   // stalemate
-  EXPECT_TRUE(kpkWins(D6, E6, E8, true, true));      // e7, then Kd7 and the pawn queens
-  EXPECT_FALSE(kpkWins(G6, H6, H8, true, true));     // rook pawn, defender in the corner
-  // Black's pawn: the mirror of the first case.
-  EXPECT_TRUE(kpkWins(E3, E4, E1, false, true));
-  EXPECT_FALSE(kpkWins(E3, E2, E1, false, false));
-}
-
 TEST(EvalEndgames, BishopAndKnightDriveToTheBishopsCorner) {
   EvalFixture f;
   // Dark-squared bishop on c1: a1 and h8 are its corners.
@@ -110,15 +96,6 @@ TEST(EvalEndgames, MaterialTableEntries) {
     const MaterialEntry& e = MaterialTable[materialIndex(pos.st().materialKey)];
     EXPECT_LE(e.scale, c.scaleAtMost) << c.fen;
     EXPECT_EQ(e.flags, c.flags) << c.fen;
-  }
-  // Every index decodes to counts inside the table's range and back.
-  for (int index : {0, 1, 419903, 5184 * 8 + 46656 * 8, 12345}) {
-    MaterialCounts m = decodeMaterialIndex(index);
-    int back = m.queens[White] + 2 * m.queens[Black] + 4 * m.rooks[White] + 12 * m.rooks[Black] +
-               36 * m.lightBishops[White] + 72 * m.darkBishops[White] + 144 * m.lightBishops[Black] +
-               288 * m.darkBishops[Black] + 576 * m.knights[White] + 1728 * m.knights[Black] +
-               5184 * m.pawns[White] + 46656 * m.pawns[Black];
-    EXPECT_EQ(back, index);
   }
 }
 

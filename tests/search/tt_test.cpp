@@ -33,9 +33,10 @@ TEST_F(TtTest, SizingFromMegabytes) {
   EXPECT_EQ(ttBucket(keyOf(7, 0xFFFFFFFF)), Tt.table);
 }
 
-TEST_F(TtTest, ClearingAndAgeing) {
-  const TtEntry& e = bucket()[0];
-  EXPECT_EQ(replacementValue(e), 128 * 192 + 191);
+// An entry's replacement value falls with its depth; the age wraps. A clear leaves each entry zero
+// but for an age of 128, whatever was stored or aged before.
+TEST_F(TtTest, AgeingAndClearing) {
+  EXPECT_EQ(replacementValue(bucket()[0]), 128 * 192 + 191);
   storeLower(keyOf(1), 10, 5, 0);
   EXPECT_EQ(replacementValue(bucket()[0]), 191 - 10);   // staleness 0 in this search
   Tt.searchAge = 254;
@@ -43,10 +44,6 @@ TEST_F(TtTest, ClearingAndAgeing) {
   EXPECT_EQ(Tt.searchAge, 255u);
   newSearch();
   EXPECT_EQ(Tt.searchAge, 0u);
-}
-
-// A clear leaves each entry zero but for an age of 128, whatever was stored or aged before.
-TEST_F(TtTest, ClearingRestoresEveryEntry) {
   storeExact(keyOf(1), 9, 33, makeMove(E2, E4));
   newSearch();
   storeWeakUpper(keyOf(0, 0x1234), 4, -7);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "tools/match/options.h"
@@ -65,31 +66,24 @@ TEST(MatchPgn, HeadersMovesAndComments) {
 }
 
 TEST(MatchPgn, CommentsAndLineLength) {
-  MoveRecord book;
+  MoveRecord book, none, mated;
   book.book = true;
-  EXPECT_EQ(moveComment(book), "book");
-  MoveRecord none;
   none.timeMs = 2500;
+  mated.hasScore = true, mated.mate = -3, mated.depth = 30;
+  EXPECT_EQ(moveComment(book), "book");
   EXPECT_EQ(moveComment(none), "-/0 2.500s");
-  MoveRecord mated;
-  mated.hasScore = true;
-  mated.mate = -3;
-  mated.depth = 30;
   EXPECT_EQ(moveComment(mated), "-M3/30 0.000s");
 
   GameRecord g;
   g.white = g.black = "x";
   GameBoard b;
-  for (int i = 0; i < 40; ++i) g.moves.push_back(engineMove(b, i % 4 == 0 ? "g1f3" : i % 4 == 1 ? "g8f6" : i % 4 == 2 ? "f3g1" : "f6g8", 0, 0, 1, 1));
+  const char* shuffle[] = {"g1f3", "g8f6", "f3g1", "f6g8"};
+  for (int i = 0; i < 40; ++i) g.moves.push_back(engineMove(b, shuffle[i % 4], 0, 0, 1, 1));
   g.result = GameResult::Draw;
   std::string pgn = formatPgn(g, PgnContext());
   EXPECT_EQ(pgn.find("[FEN"), std::string::npos);   // the start position needs no FEN tag
-  std::size_t start = 0;
-  while (start < pgn.size()) {
-    std::size_t end = pgn.find('\n', start);
-    EXPECT_LE(end - start, 79u);
-    start = end + 1;
-  }
+  std::istringstream lines(pgn);
+  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 79u) << line;
   EXPECT_NE(pgn.find("1/2-1/2\n\n"), std::string::npos);
 }
 

@@ -1,4 +1,5 @@
-// The dispatcher's matching rules and the commands that need no search.
+// The dispatcher's matching rules and the commands that need no search (the silent ones are
+// checked through the pipes in protocol_test.cpp).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -24,27 +25,6 @@ class Dispatcher : public testing::Test {
 
 }  // namespace
 
-TEST_F(Dispatcher, ExactAndPrefixMatching) {
-  const struct {
-    const char* line;
-    const char* reply;
-  } cases[] = {
-      {"isready", "readyok \n"},
-      {"isready ", ""},
-      {"ISREADY", ""},
-      {"ucinewgam", ""},
-      {"setoption name UCI_LimitStrength value true", "info string Strength limited\n"},
-      {"setoption name  UCI_LimitStrength value true", ""},
-      {"setoption nameUCI_LimitStrength value true", ""},
-      {"setoption name UCI_LimitStrength value false", ""},
-      {"", ""},
-      {"stop", ""},
-      {"ponderhit", ""},
-  };
-  for (const auto& c : cases) EXPECT_EQ(run(c.line), c.reply) << c.line;
-  EXPECT_EQ(Engine.limitStrength, 0);
-}
-
 TEST_F(Dispatcher, PositionIsAPrefixTest) {
   run("positionXstartpos moves e2e4");   // the text from the tenth character on
   EXPECT_EQ(RootPosition.board[E4], WhitePawn);
@@ -52,21 +32,6 @@ TEST_F(Dispatcher, PositionIsAPrefixTest) {
   EXPECT_EQ(RootPosition.board[E4], NoPiece);
   run("position");
   EXPECT_EQ(RootPosition.board[E2], WhitePawn);
-}
-
-TEST_F(Dispatcher, StopAndPonderhitWhileIdle) {
-  Engine.stopRequested = 0;
-  run("stop");
-  EXPECT_EQ(Engine.stopRequested, 1);
-  Engine.ponderMode = 0;
-  run("ponderhit");
-  EXPECT_EQ(Engine.ponderHit, 0);
-  Engine.ponderMode = 1;
-  run("ponderhit");
-  EXPECT_EQ(Engine.ponderHit, 1);
-  EXPECT_EQ(Engine.ponderMode, 0);
-  EXPECT_EQ(Engine.ponderHitTimeReset, 1);
-  Engine.ponderHit = Engine.ponderHitTimeReset = 0;
 }
 
 TEST_F(Dispatcher, CommandsWhileSearchingAreLimited) {

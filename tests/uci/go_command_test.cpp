@@ -25,21 +25,16 @@ class GoCommand : public testing::Test {
 
 }  // namespace
 
+// The allocation's figures (see time_allocation_test.cpp) reach the limits; movetime is its own.
 TEST_F(GoCommand, ClockFigures) {
-  go("go wtime 60000 btime 60000");
-  EXPECT_EQ(Limits.hardLimit, 9000000);
-  EXPECT_EQ(Limits.softTarget, 843750);
-  EXPECT_EQ(Limits.quarterTarget, 843750 / 4);
-  EXPECT_EQ(Limits.threeQuarterTarget, 843750 * 3 / 4);
-  EXPECT_EQ(Limits.threeQuarterTargetPoll, 843750 * 3 / 4);
-  EXPECT_EQ(Limits.analysis, 0);
   go("go wtime 300000 movestogo 40");
   EXPECT_EQ(Limits.softTarget, 6279069);
+  EXPECT_EQ(Limits.threeQuarterTargetPoll, 6279069 * 3 / 4);
+  EXPECT_EQ(Limits.analysis, 0);
   go("go movetime 1000");
   EXPECT_EQ(Limits.hardLimit, 990000);
   EXPECT_EQ(Limits.softTarget, NoLimit);
   EXPECT_EQ(Limits.movetimeFlag, 1);
-  EXPECT_EQ(Limits.analysis, 0);
   go("go movetime 5");
   EXPECT_EQ(Limits.hardLimit, -5000);
   go("go movetime -3");
@@ -132,6 +127,9 @@ TEST_F(GoCommand, SearchMoves) {
   EXPECT_EQ(Limits.depthLimit, 3);
   const Move expected[] = {makeMove(E2, E4), makeMove(D2, D4), makeMove(G1, F3), makeMove(B1, C3), NoMove};
   for (int i = 0; i < 5; ++i) EXPECT_EQ(Limits.searchMoves[i], expected[i]) << i;
+  positionCommand(RootPosition, "fen 4k3/P7/8/8/8/8/8/4K3 w - - 0 1");
+  go("go searchmoves a7a8n");   // unlike a move list, a promotion letter is always read
+  EXPECT_EQ(Limits.searchMoves[0], makeMove(A7, A8, PromoteKnight));
   go("go e2e4 depth 2");   // move words before searchmoves are ignored
   EXPECT_EQ(Limits.searchMovesFlag, 0);
   EXPECT_EQ(Limits.searchMoves[0], NoMove);

@@ -36,6 +36,10 @@ TEST(TimeAllocation, TableOfClocks) {
       {10000, 10000, 2000, 0, true, 150000 + 2000000, 2250000},  // increment above T / 40: T / 60 + inc, T / 4
       {-5000, 0, 0, 0, true, 5000, 10500},              // negative clock: T = 1
       {60000, 60000, 0, 1, true, 13500000, 13500000},   // one move to go: T / 4 and 2 T / 8
+      // inc = 1 s, q = 1.35 s: hard T / ((8.1 - 3) / 1.35) = T / 3, soft T / ((86.4 - 18) / 1.35) + inc.
+      {60000, 60000, 1000, 0, true, 54000000 / 50 + 1000000, 54000000 / 3},
+      {60000, 60000, -700, 0, true, 843750, 9000000},   // a negative increment counts as none
+      {3000, 3000, 0, 1000, true, 4000, 337837},         // T / (mtg + 3) below the 4 ms floor
   };
   for (const Case& c : cases) {
     TimeBudget b = allocateTime(clockOf(c.wtimeMs, c.btimeMs, c.incMs, c.movesToGo, c.white));
@@ -46,30 +50,10 @@ TEST(TimeAllocation, TableOfClocks) {
   }
 }
 
-TEST(TimeAllocation, IncrementShortensTheDivisors) {
-  // T = 54 s, inc = 1 s, q = 1.35 s: hard T / ((8.1 - 3) / 1.35) = T / 3, soft T / ((86.4 - 18) / 1.35) + inc.
-  TimeBudget b = allocateTime(clockOf(60000, 60000, 1000, 0, true));
-  EXPECT_EQ(b.hardLimit, 54000000 / 3);
-  EXPECT_EQ(b.softTarget, 54000000 / 50 + 1000000);
-  EXPECT_EQ(b.increment, 1000000);
-  EXPECT_EQ(b.incrementClass, 500);
+TEST(TimeAllocation, IncrementClass) {
+  EXPECT_EQ(allocateTime(clockOf(60000, 60000, 1000, 0, true)).incrementClass, 500);
   EXPECT_EQ(allocateTime(clockOf(60000, 60000, 449, 0, true)).incrementClass, 2500);
-}
-
-TEST(TimeAllocation, SoftTargetFloor) {
-  // Many moves to go on a short clock: T / (mtg + 3) would be below 4 ms.
-  TimeBudget b = allocateTime(clockOf(3000, 3000, 0, 1000, true));
-  EXPECT_EQ(b.softTarget, 4000);
-  EXPECT_EQ(b.quarterTarget, 1000);
-  EXPECT_EQ(b.threeQuarterTarget, 3000);
-}
-
-TEST(TimeAllocation, NegativeIncrementCountsAsNone) {
-  TimeBudget withNegative = allocateTime(clockOf(60000, 60000, -700, 0, true));
-  TimeBudget without = allocateTime(clockOf(60000, 60000, 0, 0, true));
-  EXPECT_EQ(withNegative.softTarget, without.softTarget);
-  EXPECT_EQ(withNegative.hardLimit, without.hardLimit);
-  EXPECT_EQ(withNegative.increment, 0);
+  EXPECT_EQ(allocateTime(clockOf(60000, 60000, -700, 0, true)).increment, 0);
 }
 
 TEST(TimeAllocation, AbsurdInputsStayFinite) {
