@@ -291,7 +291,7 @@ void unmakeNullMove(Position& pos) {
 Move moveFromSquares(const Position& pos, Move m) {
   const int from = moveFrom(m), to = moveTo(m);
   const int piece = pos.board[from];
-  if (kindOf(piece) == King && rankOf(from) == rankOf(to) && (to - from == 2 || from - to == 2))
+  if (kindOf(piece) == King && (to - from == 2 || from - to == 2))
     return Move(m | (CastlingMove << 12));
   if (kindOf(piece) == Pawn && pos.state->epSquare != 0 && to == pos.state->epSquare)
     return Move(m | (EnPassantMove << 12));

@@ -24,7 +24,8 @@ void makeRootMove(Position& pos, Move m);
 void makeNullMove(Position& pos);
 void unmakeNullMove(Position& pos);
 
-// Adds the castling or en-passant kind to a move that carries only its squares (and promotion).
+// Adds the castling or en-passant kind to a move that carries only its squares: a king moving two
+// squares castles, a pawn moving onto the en-passant square takes en passant.
 Move moveFromSquares(const Position& pos, Move m);
 
 // Global count of white moves made by the main record; every 4096 the input poll runs.

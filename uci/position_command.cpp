@@ -74,11 +74,8 @@ Move moveFromText(const Position& pos, const char* text, bool readPromotion) {
   const int from = (text[0] - 'a') + 8 * (text[1] - '1');
   const int to = (text[2] - 'a') + 8 * (text[3] - '1');
   if (from < 0 || from > 63 || to < 0 || to > 63) return NoMove;
-  Move m = Move(from * 64 + to);
+  Move m = moveFromSquares(pos, Move(from * 64 + to));
   if (m == NoMove) return NoMove;
-  const int piece = pos.board[from];
-  if (kindOf(piece) == King && std::abs(to - from) == 2) m |= 0x1000;
-  if (to != 0 && to == pos.st().epSquare && kindOf(piece) == Pawn) m |= 0x3000;
   if (readPromotion) switch (text[4]) {
       case 'n': m |= 0x4000; break;
       case 'b': m |= 0x5000; break;
