@@ -236,6 +236,13 @@ inline bool hasNonPawnMaterial(const Position& pos) {
   return (pos.pieces[T::OwnAll] & ~pos.pieces[T::OwnPawn] & ~pos.pieces[T::OwnKing]) != 0;
 }
 
+// Is there a legal move at all?
+template <Color Us>
+inline bool hasLegalMove(const Position& pos) {
+  MoveWord list[MaxMoves];
+  return generateLegal<Us>(pos, list) != list;
+}
+
 // floor(log2 k) for k >= 1.
 inline int log2Floor(int k) { return bitScanReverse(Bitboard(k)); }
 

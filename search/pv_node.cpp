@@ -23,8 +23,12 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
   Move ttMove = probeMove(key);
   bestMoveSlot(pos) = ttMove;
 
-  // Step 7. Internal iterative deepening with a window widened by the depth.
+  // Step 7. Internal iterative deepening with a window widened by the depth. A node without a legal
+  // move (mated or stalemate) stores nothing and so never gets a table move: its two reduced
+  // searches of itself would call themselves twice at every level, without a move made or a poll,
+  // slower and slower with each iteration. It is settled first.
   if (!ttMove && depth >= params::IidMinDepth) {
+    if (!hasLegalMove<Us>(pos)) return inCheck ? pos.ply - MateScore : 0;
     if (depth >= params::PvIidDeepMinDepth) {
       pvSearch<Us>(pos, alpha - depth, beta + depth, depth - params::PvIidDeepReduction);
       if (pos.stopFlag) return 0;

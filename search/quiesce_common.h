@@ -113,13 +113,6 @@ inline bool quiesceMoveDecides(Position& pos, Move m, Key key, int beta, int dep
   return false;
 }
 
-// Is there a legal move at all? (A side in check whose restricted evasions were all illegal.)
-template <Color Us>
-inline bool hasLegalMove(const Position& pos) {
-  MoveWord list[MaxMoves];
-  return generateLegal<Us>(pos, list) != list;
-}
-
 // Steps 6 to 9 of the quiescence members: the captures of the targets by selection, the table
 // move first and losing captures skipped, then the quiet checks when checksAllowed() says so (asked
 // after the captures, whose results may have moved the window). `decides` searches one move and

@@ -242,22 +242,34 @@ TEST(ProtocolSearch, FixedDepthNodesAndMovetimeEndByThemselves) {
   }
 }
 
+// isready and stop are answered at once during a search, also deep into the analysis of a forced
+// mate, where iterations that make hardly a move must still reach the input poll.
 TEST(ProtocolSearch, AnswersDuringASearch) {
-  EngineProcess e;
-  expectAlive(e);   // start-up done: the times below are the search's alone
-  e.sendLine("position startpos");
-  e.sendLine("go infinite");
-  usleep(300000);
-  long long start = EngineProcess::nowMs();
-  e.sendLine("isready");
-  EXPECT_TRUE(e.readUntil("readyok ", Prompt));
-  EXPECT_LT(EngineProcess::nowMs() - start, Prompt);
-  usleep(200000);
-  start = EngineProcess::nowMs();
-  e.sendLine("stop");
-  expectMove(e, "stop", Prompt);
-  EXPECT_LT(EngineProcess::nowMs() - start, Prompt);
-  expectCleanEnd(e);
+  const struct {
+    const char* position;
+    int searchMs;
+  } cases[] = {
+      {"position startpos", 300},
+      {"position startpos moves g2g4 e7e5 f2f4", 7000},   // Black mates at once
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.position);
+    EngineProcess e;
+    expectAlive(e);   // start-up done: the times below are the search's alone
+    e.sendLine(c.position);
+    e.sendLine("go infinite");
+    EXPECT_FALSE(e.readUntil("bestmove", c.searchMs));   // reading on, so that output never blocks it
+    long long start = EngineProcess::nowMs();
+    e.sendLine("isready");
+    EXPECT_TRUE(e.readUntil("readyok ", Prompt));
+    EXPECT_LT(EngineProcess::nowMs() - start, Prompt);
+    usleep(200000);
+    start = EngineProcess::nowMs();
+    e.sendLine("stop");
+    expectMove(e, "stop", Prompt);
+    EXPECT_LT(EngineProcess::nowMs() - start, Prompt);
+    expectCleanEnd(e);
+  }
 }
 
 // A mated side has no move to search: the search ends at once, and only the wait holds bestmove.

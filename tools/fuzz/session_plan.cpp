@@ -14,6 +14,7 @@ using Kind = Step::Kind;
 
 constexpr int ReadyMillis = 5000;         // an isready is answered within this
 constexpr int BurstReadyMillis = 30000;   // ... or this after a burst of lines read one per poll
+constexpr int RepeatedSearchMillis = 1000;   // ... and this for each repeated go of the burst
 constexpr int UciMillis = 5000;
 constexpr int BoundedBaseMillis = 8000;   // a bounded search's allowance beyond its own limits
 
@@ -313,6 +314,9 @@ void Planner::whileSearching(int go) {
     // position is not known afterwards; the search itself keeps its root.
     send("position startpos moves e2e4");
     known_ = false;
+    // A search that has already ended waits for stop, and then the position does count: go lines
+    // repeated after it may search the new position.
+    if (plan_.goes[std::size_t(go)].repeats) plan_.goes[std::size_t(go)].root = SearchRoot{};
   }
 }
 
@@ -393,7 +397,9 @@ void Planner::goAction(bool quick) {
     whileSearching(go);
     for (int i = 0; i < repeats; ++i) add(Kind::GoAgain, line, 0, go);
     if (repeats) {
-      isready(BurstReadyMillis);
+      // A search that ends by itself (a forced mate reaches the last iteration quickly) waits, and
+      // then every repeated go runs a whole search of its own before the isready is read.
+      isready(BurstReadyMillis + RepeatedSearchMillis * repeats);
       add(Kind::AwaitReady);
     }
   }
