@@ -8,5 +8,6 @@ int evalCommand(int argc, char** argv);
 int benchCommand(int argc, char** argv);
 int matchCommand(int argc, char** argv);
 int fuzzCommand(int argc, char** argv);
+int datagenCommand(int argc, char** argv);
 
 }  // namespace tavrin::tool

@@ -18,6 +18,8 @@ const Subcommand Subcommands[] = {
     {"bench", tavrin::tool::benchCommand, "bench [DEPTH]"},
     {"match", tavrin::tool::matchCommand, "match -engine cmd=PATH ... -engine cmd=PATH ... [options] (match --help)"},
     {"fuzz", tavrin::tool::fuzzCommand, "fuzz --engine PATH [--seconds N] [--sessions N] [--seed S] [--verbose] (fuzz --help)"},
+    {"datagen", tavrin::tool::datagenCommand,
+     "datagen --output FILE [--games N] [--nodes N] [--book FILE] [--seed S] [--index K --count N] ..."},
 };
 
 int usage() {
