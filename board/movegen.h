@@ -16,10 +16,11 @@ constexpr Move moveOf(MoveWord w) { return Move(w & 0x7FFF); }
 extern std::uint32_t CaptureKey[16][16];
 void initCaptureKeys();
 
-// Gain table: largest positional gain seen per moving piece and move (kept by the evaluation).
-extern std::int16_t GainTable[16 * 4096];
-// History counters by piece code * 64 + to-square, 0 .. 65280 (kept by the search).
-extern std::uint16_t HistoryTable[16 * 64];
+// The tables the quiet generators key and filter their moves by live here, below the layers that
+// keep them. Gain table: largest positional gain seen per moving piece and move (kept by the
+// evaluation). History counters by piece code * 64 + to-square, 0 .. 65280 (kept by the search).
+inline std::int16_t GainTable[16 * 4096];
+inline std::uint16_t HistoryTable[16 * 64];
 
 // Each generator writes a list ended by 0 and returns the place of the terminator.
 template <Color Us> MoveWord* generateCaptures(const Position& pos, MoveWord* list, Bitboard targets);

@@ -16,7 +16,6 @@
 
 namespace tavrin {
 
-std::int16_t GainTable[16 * 4096];
 std::uint64_t EvalCache[EvalCacheSize];
 
 namespace {

@@ -1,11 +1,9 @@
-// The history table shared by every searcher.
+// Clearing the history table shared by every searcher (the table lives with the move generators).
 #include "search/history.h"
 
 #include "search/search.h"
 
 namespace tavrin {
-
-std::uint16_t HistoryTable[16 * 64];
 
 void clearHistory() {
   for (std::uint16_t& h : HistoryTable) h = HistoryStart;
