@@ -25,6 +25,17 @@ extern RootResult Root;
 // The search records of the parallel search; [0] is the one the search starter prepares.
 extern Position SearchRecords[MaxThreads];
 
+// Readies a search record whose board and root entries are in place: the game's key history (for
+// repetitions) is copied in, the node count and the parallel-search state are cleared.
+inline void readySearchRecord(const Position& game, Position& rec) {
+  for (std::uint64_t i = 0; i <= game.historyCount; ++i) rec.keyHistory[i] = game.keyHistory[i];
+  rec.historyCount = game.historyCount;
+  rec.nodes = 0;
+  rec.stopFlag = 0;
+  rec.searchingSplit = 0;
+  rec.workerCount = 0;
+}
+
 // Iterative deepening for the side to move of pos (dispatches to the colour's driver).
 void runRootSearch(Position& pos);
 

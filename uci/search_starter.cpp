@@ -66,12 +66,7 @@ void prepareRecord(const Position& root, Position& rec) {
   std::memcpy(static_cast<void*>(&rec), &root, BoardPartBytes);
   std::memcpy(static_cast<void*>(rec.stateStack), root.stateStack, 2 * sizeof(StateEntry));
   rec.state = rec.stateStack + 1;
-  std::memcpy(rec.keyHistory, root.keyHistory, (root.historyCount + 1) * sizeof(Key));
-  rec.historyCount = root.historyCount;
-  rec.nodes = 0;
-  rec.stopFlag = 0;
-  rec.searchingSplit = 0;
-  rec.workerCount = 0;
+  readySearchRecord(root, rec);
 }
 
 // One search from go to the end of the finish step's PV line: the search starter's steps and

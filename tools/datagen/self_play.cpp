@@ -74,12 +74,7 @@ SearchResult searchPosition(const Position& game, std::int64_t nodes) {
   std::memcpy(static_cast<void*>(rec.stateStack + 1), game.state, sizeof(StateEntry));
   rec.state = rec.stateStack + 1;
   rec.ply = 0;
-  std::memcpy(rec.keyHistory, game.keyHistory, (game.historyCount + 1) * sizeof(Key));
-  rec.historyCount = game.historyCount;
-  rec.nodes = 0;
-  rec.stopFlag = 0;
-  rec.searchingSplit = 0;
-  rec.workerCount = 0;
+  readySearchRecord(game, rec);
 
   // The limits of "go nodes N".
   Limits = SearchLimits{};
