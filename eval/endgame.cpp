@@ -9,7 +9,7 @@ namespace tavrin {
 
 namespace {
 
-using namespace weights;
+constexpr const EvalWeights& W = Weights;
 
 // Distance of a square from the centre in king steps along file and rank (0 .. 6).
 constexpr int centreDistance(int sq) {
@@ -24,8 +24,8 @@ template <Color Strong>
 int mateBonus(const Position& pos) {
   using T = ColorTraits<Strong>;
   int weakKing = pos.kingSquare(T::Them), strongKing = pos.kingSquare(Strong);
-  int bonus = MateBaseBonus + MateEdgeWeight * centreDistance(weakKing) +
-              MateKingsCloseWeight * (7 - distance(strongKing, weakKing));
+  int bonus = W.MateBaseBonus + W.MateEdgeWeight * centreDistance(weakKing) +
+              W.MateKingsCloseWeight * (7 - distance(strongKing, weakKing));
   Bitboard light = pos.pieces[T::OwnBishopLight], dark = pos.pieces[T::OwnBishopDark];
   bool bishopAndKnight = pos.pieces[T::OwnKnight] && (light || dark) && !(light && dark) &&
                          !pos.pieces[T::OwnRook] && !pos.pieces[T::OwnQueen];
@@ -33,7 +33,7 @@ int mateBonus(const Position& pos) {
     // a1 and h8 are dark, a8 and h1 light.
     int c1 = dark ? A1 : A8, c2 = dark ? H8 : H1;
     int d1 = distance(weakKing, c1), d2 = distance(weakKing, c2);
-    bonus += MateCornerWeight * (7 - (d1 < d2 ? d1 : d2));
+    bonus += W.MateCornerWeight * (7 - (d1 < d2 ? d1 : d2));
   }
   return bonus;
 }

@@ -3,6 +3,7 @@
 
 #include "board/bitboard.h"
 #include "common/globals.h"
+#include "eval/trace.h"
 #include "eval/weights.h"
 
 namespace tavrin {
@@ -24,18 +25,23 @@ BuiltValues currentValues() {
 }
 
 // One side's material: piece values, the bishop pair and small redundancy corrections.
-int sideMaterial(int pawns, int knights, int lightBishops, int darkBishops, int rooks, int queens) {
-  using namespace weights;
+int sideMaterial(int side, int pawns, int knights, int lightBishops, int darkBishops, int rooks, int queens) {
+  const EvalWeights& w = Weights;
+  const int sign = side == White ? 1 : -1;   // the trace counts for White minus Black
   int bishops = lightBishops + darkBishops;
   int v = pawns * Engine.pawnValue + knights * Engine.knightValue + bishops * Engine.bishopValue +
           rooks * Engine.rookValue + queens * Engine.queenValue;
   if (Engine.materialOnly) return v;
   if (lightBishops && darkBishops) v += Engine.bishopPairBonus;
-  if (knights >= 2) v -= KnightPairPenalty;
-  if (rooks >= 2) v -= RookPairPenalty;
-  if (queens && rooks) v -= QueenRookPenalty;
-  v += knights * (pawns - 5) * KnightPawnAdjust;
-  v -= rooks * (pawns - 5) * RookPawnAdjust;
+  auto correct = [&](const int& weight, int count) {
+    noteWeight(weight, MaterialChannel, sign * count);
+    v += weight * count;
+  };
+  if (knights >= 2) correct(w.KnightPairPenalty, -1);
+  if (rooks >= 2) correct(w.RookPairPenalty, -1);
+  if (queens && rooks) correct(w.QueenRookPenalty, -1);
+  correct(w.KnightPawnAdjust, knights * (pawns - 5));
+  correct(w.RookPawnAdjust, -rooks * (pawns - 5));
   return v;
 }
 
@@ -60,9 +66,10 @@ bool canMateBareKing(const MaterialCounts& c, int side) {
          (c.lightBishops[side] && c.darkBishops[side]);
 }
 
-// How much of the score survives for drawish material, from the stronger side's point of view.
-int scaleFor(const MaterialCounts& c, int strong) {
-  using namespace weights;
+// The scale factor that applies to drawish material, from the stronger side's point of view, or
+// null when the whole score survives.
+const int* scaleWeightFor(const MaterialCounts& c, int strong) {
+  const EvalWeights& w = Weights;
   int weak = strong ^ 1;
   int npmStrong = nonPawnMaterial(c, strong), npmWeak = nonPawnMaterial(c, weak);
   int lead = npmStrong - npmWeak;
@@ -70,23 +77,28 @@ int scaleFor(const MaterialCounts& c, int strong) {
   if (c.pawns[strong] == 0 && !canMateBareKing(c, strong)) {
     // One minor cannot mate, two knights cannot force it. Against pawns the minor-piece draw
     // test decides instead, since those pawns may still win.
-    if (c.pawns[weak] == 0) return ScaleNoWin;
-    return c.knights[strong] == 2 ? ScaleTwoKnightsVsPawns : 128;
+    if (c.pawns[weak] == 0) return &w.ScaleNoWin;
+    return c.knights[strong] == 2 ? &w.ScaleTwoKnightsVsPawns : nullptr;
   }
   if (c.pawns[strong] == 0 && lead <= Engine.bishopValue) {
     if (c.rooks[strong] == 1 && pieceCount(c, strong) == 1 && onlyOneMinor(c, weak))
-      return ScaleRookVsMinor;
-    return ScalePawnlessMinorUp;
+      return &w.ScaleRookVsMinor;
+    return &w.ScalePawnlessMinorUp;
   }
-  if (c.pawns[strong] == 1 && lead <= Engine.bishopValue && npmWeak > 0) return ScaleOnePawnMinorUp;
+  if (c.pawns[strong] == 1 && lead <= Engine.bishopValue && npmWeak > 0) return &w.ScaleOnePawnMinorUp;
 
   int bishopsW = c.lightBishops[White] + c.darkBishops[White];
   int bishopsB = c.lightBishops[Black] + c.darkBishops[Black];
   if (bishopsW == 1 && bishopsB == 1 && c.lightBishops[White] != c.lightBishops[Black]) {
-    if (pieceCount(c, White) == 1 && pieceCount(c, Black) == 1) return ScaleOppositeBishops;
-    return ScaleOppositeBishopsRest;
+    if (pieceCount(c, White) == 1 && pieceCount(c, Black) == 1) return &w.ScaleOppositeBishops;
+    return &w.ScaleOppositeBishopsRest;
   }
-  return 128;
+  return nullptr;
+}
+
+int scaleFor(const MaterialCounts& c, int strong) {
+  const int* weight = scaleWeightFor(c, strong);
+  return weight ? *weight : 128;
 }
 
 }  // namespace
@@ -114,7 +126,7 @@ void buildMaterialTable() {
     MaterialCounts c = decodeMaterialIndex(index);
     int value = 0;
     for (int side : {Black, White}) {
-      int v = sideMaterial(c.pawns[side], c.knights[side], c.lightBishops[side], c.darkBishops[side],
+      int v = sideMaterial(side, c.pawns[side], c.knights[side], c.lightBishops[side], c.darkBishops[side],
                            c.rooks[side], c.queens[side]);
       value += side == White ? v : -v;
     }
@@ -163,12 +175,21 @@ int outOfRangeMaterial(const Position& pos) {
   int value = 0;
   for (int side : {Black, White}) {
     int offset = side == White ? 0 : 8;
-    int v = sideMaterial(popCount(pos.pieces[Pawn + offset]), popCount(pos.pieces[Knight + offset]),
+    int v = sideMaterial(side, popCount(pos.pieces[Pawn + offset]), popCount(pos.pieces[Knight + offset]),
                          popCount(pos.pieces[BishopLight + offset]), popCount(pos.pieces[BishopDark + offset]),
                          popCount(pos.pieces[Rook + offset]), popCount(pos.pieces[Queen + offset]));
     value += side == White ? v : -v;
   }
   return value;
+}
+
+void traceMaterial(const Position& pos, EvalTrace& trace) {
+  outOfRangeMaterial(pos);   // its notes are the corrections, whether or not the table holds the counts
+  const std::uint32_t key = pos.st().materialKey;
+  if (key & UnusualMaterial) return;
+  const MaterialCounts c = decodeMaterialIndex(materialIndex(key));
+  const int* weight = scaleWeightFor(c, MaterialTable[materialIndex(key)].strongSide);
+  trace.scaleSlot = weight ? slotOf(*weight) : -1;
 }
 
 }  // namespace tavrin

@@ -52,6 +52,10 @@ bool materialTableCurrent();
 
 // Material of a position whose counts lie outside the table: value from the piece counts.
 int outOfRangeMaterial(const Position& pos);
+// Notes the material corrections of the position and the scale factor its table row took.
+struct EvalTrace;
+void traceMaterial(const Position& pos, EvalTrace& trace);
+
 // Are all piece counts of the position inside the table's range?
 bool materialInRange(const Position& pos);
 

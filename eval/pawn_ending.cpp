@@ -12,7 +12,7 @@ namespace tavrin {
 
 namespace {
 
-using namespace weights;
+constexpr const EvalWeights& W = Weights;
 
 struct PasserRace {
   int plies = 1000;   // plies until the first unstoppable passer of the colour promotes
@@ -31,7 +31,7 @@ int passerTerms(const Position& pos, const PawnEntry& pe, PasserRace& race) {
     if (r == 0 || r == 7) return;
     int stop = s + T::Up;
     int promotion = C == White ? makeSquare(fileOf(s), 7) : makeSquare(fileOf(s), 0);
-    score += (distance(stop, enemyKing) - distance(stop, ownKing)) * PawnEndingKingToPasser * r;
+    score += (distance(stop, enemyKing) - distance(stop, ownKing)) * W.PawnEndingKingToPasser * r;
 
     // Rule of the square: moves to promote against the enemy king's distance to the queening square.
     int moves = 7 - r;
@@ -71,7 +71,7 @@ void evaluatePawnEnding(Position& pos, const MaterialInfo& material, PawnEntry& 
       return;
     }
     int relativeRank = strong == White ? rankOf(pawn) : 7 - rankOf(pawn);
-    int score = Engine.pawnValue + KpkWinBonus + 10 * relativeRank;
+    int score = Engine.pawnValue + W.KpkWinBonus + 10 * relativeRank;
     st.staticEval = Us == strong ? score : -score;
     return;
   }
@@ -80,9 +80,9 @@ void evaluatePawnEnding(Position& pos, const MaterialInfo& material, PawnEntry& 
   int eg = endgameOf(st.psqScore) + endgameOf(pe.score);
   eg += passerTerms<White, Us>(pos, pe, whiteRace) - passerTerms<Black, Us>(pos, pe, blackRace);
   if (whiteRace.plies < blackRace.plies - 2 || (whiteRace.plies < 1000 && blackRace.plies == 1000))
-    eg += UnstoppablePasser - 10 * whiteRace.plies;
+    eg += W.UnstoppablePasser - 10 * whiteRace.plies;
   else if (blackRace.plies < whiteRace.plies - 2 || (blackRace.plies < 1000 && whiteRace.plies == 1000))
-    eg -= UnstoppablePasser - 10 * blackRace.plies;
+    eg -= W.UnstoppablePasser - 10 * blackRace.plies;
 
   int total = combineScore(eg, material, pe);
   if (total > EvalScoreLimit) total = EvalScoreLimit;

@@ -4,6 +4,7 @@
 #include "board/bitboard.h"
 #include "common/platform.h"
 #include "eval/masks.h"
+#include "eval/trace.h"
 #include "eval/weights.h"
 
 namespace tavrin {
@@ -17,7 +18,7 @@ std::uint64_t PawnTableMask = 0;
 
 namespace {
 
-using namespace weights;
+constexpr const EvalWeights& W = Weights;
 
 // Shelter and storm of the three files around a king standing on ksq, middlegame points.
 template <Color Us>
@@ -27,6 +28,7 @@ int shelterAt(const Position& pos, int ksq) {
   // Pawns on the king's rank or in front of it.
   Bitboard zone = forwardRanks(Us, rankOf(ksq)) | rankMask(rankOf(ksq));
   int centre = fileOf(ksq) < 1 ? 1 : fileOf(ksq) > 6 ? 6 : fileOf(ksq);
+  constexpr int Channel = ShelterChannel + Us;
   int score = 0;
   for (int f = centre - 1; f <= centre + 1; ++f) {
     Bitboard file = fileMask(f);
@@ -34,28 +36,32 @@ int shelterAt(const Position& pos, int ksq) {
     int ownRank = 0, enemyRank = 0;
     if (own) ownRank = T::RelativeRank(Us == White ? bitScanForward(own) : bitScanReverse(own));
     if (enemy) enemyRank = T::RelativeRank(Us == White ? bitScanForward(enemy) : bitScanReverse(enemy));
-    int shelter = ShelterRank[ownRank];
-    score += f == fileOf(ksq) ? 2 * shelter : shelter;
-    if (enemyRank) score += (ownRank && enemyRank == ownRank + 1) ? StormBlocked : StormRank[enemyRank];
-    if (!((ours | theirs) & file)) score += OpenFileNearKing;
+    score += termIn(W.ShelterRank[ownRank], Channel, f == fileOf(ksq) ? 2 : 1);
+    if (enemyRank)
+      score += (ownRank && enemyRank == ownRank + 1) ? termIn(W.StormBlocked, Channel) : termIn(W.StormRank[enemyRank], Channel);
+    if (!((ours | theirs) & file)) score += termIn(W.OpenFileNearKing, Channel);
   }
   return score;
 }
 
-// The best shelter the king has or can still reach by castling.
+// The best shelter the king has or can still reach by castling. A trace notes the chosen place only.
 template <Color Us>
 int kingShelter(const Position& pos) {
   using T = ColorTraits<Us>;
-  int ksq = pos.kingSquare(Us);
-  int best = shelterAt<Us>(pos, ksq);
+  EvalTrace* trace = ActiveTrace;
+  ActiveTrace = nullptr;
+  int bestSquare = pos.kingSquare(Us);
+  int best = shelterAt<Us>(pos, bestSquare);
   int castle = pos.st().castle;
-  if (castle & T::KingSideRight) {
-    int s = shelterAt<Us>(pos, Us == White ? G1 : G8);
-    best = s > best ? s : best;
+  for (int right : {T::KingSideRight, T::QueenSideRight}) {
+    if (!(castle & right)) continue;
+    int square = right == T::KingSideRight ? (Us == White ? G1 : G8) : (Us == White ? C1 : C8);
+    int s = shelterAt<Us>(pos, square);
+    if (s > best) best = s, bestSquare = square;
   }
-  if (castle & T::QueenSideRight) {
-    int s = shelterAt<Us>(pos, Us == White ? C1 : C8);
-    best = s > best ? s : best;
+  if (trace) [[unlikely]] {
+    ActiveTrace = trace;
+    shelterAt<Us>(pos, bestSquare);
   }
   return best;
 }
@@ -83,24 +89,24 @@ Packed evaluatePawnSide(const Position& pos, PawnEntry& e) {
     bool supported = r > 0 && (neighbours & rankMask(rankOf(s - T::Up))) != 0;
 
     if (!neighbours) {
-      score += Isolated;
-      if (!opposed) score += IsolatedOpen;
+      score += term<Us>(W.Isolated);
+      if (!opposed) score += term<Us>(W.IsolatedOpen);
     } else if (!behindOrLevel && ((theirAttacks | theirs) & bit(stop))) {
-      score += Backward;
-      if (!opposed) score += BackwardOpen;
+      score += term<Us>(W.Backward);
+      if (!opposed) score += term<Us>(W.BackwardOpen);
     }
-    if (doubled) score += Doubled;
+    if (doubled) score += term<Us>(W.Doubled);
     if (supported || phalanx) {
-      score += Connected[r];
-      if (phalanx) score += Phalanx[r];
+      score += term<Us>(W.Connected[r]);
+      if (phalanx) score += term<Us>(W.Phalanx[r]);
     }
     if (!doubled && !(theirs & Spans.passedSpan[Us][s])) {
-      score += PassedRank[r];
+      score += term<Us>(W.PassedRank[r]);
       passed |= std::uint8_t(1 << f);
     } else if (!doubled && !opposed) {
       Bitboard sentries = theirs & Spans.attackSpan[Us][s];
       if (popCount(behindOrLevel) >= popCount(sentries)) {
-        score += CandidateRank[r];
+        score += term<Us>(W.CandidateRank[r]);
         candidates |= std::uint8_t(1 << f);
       }
     }
@@ -117,11 +123,11 @@ Packed evaluatePawnSide(const Position& pos, PawnEntry& e) {
   int count = popCount(ours);
   int pull = 0;
   if (!passed && count) {
-    if (symmetric) pull += PullSymmetric;
+    if (symmetric) pull += termIn(W.PullSymmetric, PullChannel + Us);
     Bitboard all = ours | theirs;
     if ((!(all & QueenSideFiles) || !(all & KingSideFiles)) && count <= popCount(theirs) + 1)
-      pull += PullOneWing;
-    if (count <= 2) pull += PullFewPawns;
+      pull += termIn(W.PullOneWing, PullChannel + Us);
+    if (count <= 2) pull += termIn(W.PullFewPawns, PullChannel + Us);
   }
 
   e.count[Us] = std::uint8_t(count);

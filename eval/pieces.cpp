@@ -5,13 +5,14 @@
 #include "board/bitboard.h"
 #include "eval/eval_internal.h"
 #include "eval/masks.h"
+#include "eval/trace.h"
 #include "eval/weights.h"
 
 namespace tavrin {
 
 namespace {
 
-using namespace weights;
+constexpr const EvalWeights& W = Weights;
 
 // Attack sets by colour ([Black, White]) and piece kind (Pawn, Knight, King, BishopLight for both
 // bishops, Rook, Queen), built while the pieces are scored.
@@ -72,17 +73,18 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
   auto kingAttack = [&](int kind, Bitboard att) {
     if (att & zone) {
       ai.kingAttackers[Us]++;
-      ai.kingAttackWeight[Us] += AttackerWeight[kind];
+      ai.kingAttackWeight[Us] += W.AttackerWeight[kind];
+      if (ActiveTrace) [[unlikely]] ActiveTrace->attackersByKind[Us][kind]++;
       ai.kingZoneAttacks[Us] += popCount(att & ai.byKind[Them][King]);
     }
   };
   auto minorCommon = [&](int s, bool knight) {
     Bitboard sq = bit(s);
     if ((sq & outpostRanks & ~enemyPawnSpan)) {
-      if (ai.byKind[Us][Pawn] & sq) activity += knight ? KnightOutpost : BishopOutpost;
-      else if (knight) activity += OutpostUndefended;
+      if (ai.byKind[Us][Pawn] & sq) activity += knight ? term<Us>(W.KnightOutpost) : term<Us>(W.BishopOutpost);
+      else if (knight) activity += term<Us>(W.OutpostUndefended);
     }
-    if (T::RelativeRank(s) < 5 && (allPawns & bit(s + T::Up))) activity += MinorBehindPawn;
+    if (T::RelativeRank(s) < 5 && (allPawns & bit(s + T::Up))) activity += term<Us>(W.MinorBehindPawn);
   };
 
   for (Bitboard b = pos.pieces[T::OwnKnight]; b;) {
@@ -90,7 +92,7 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
     Bitboard att = knightAttacks(s);
     addAttacks<Us>(ai, Knight, att);
     kingAttack(Knight, att);
-    mobility += KnightMobility[popCount(att & ai.mobilityArea[Us])];
+    mobility += term<Us>(W.KnightMobility[popCount(att & ai.mobilityArea[Us])]);
     minorCommon(s, true);
   }
   for (Bitboard b = pos.pieces[T::OwnBishopLight] | pos.pieces[T::OwnBishopDark]; b;) {
@@ -98,15 +100,15 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
     Bitboard att = bishopAttacks(s, pos);
     addAttacks<Us>(ai, BishopLight, att);
     kingAttack(BishopLight, att);
-    mobility += BishopMobility[popCount(att & ai.mobilityArea[Us])];
+    mobility += term<Us>(W.BishopMobility[popCount(att & ai.mobilityArea[Us])]);
     minorCommon(s, false);
     Bitboard colour = isDarkSquare(s) ? DarkSquares : ~DarkSquares;
-    activity += BishopPawnsSameColour * popCount(ownPawns & colour);
+    activity += term<Us>(W.BishopPawnsSameColour, popCount(ownPawns & colour));
     // A bishop on a7/h7 (a2/h2 for Black) shut in by an enemy pawn on b6/g6 (b3/g3).
     int rel = Us == White ? s : s ^ 56;
     if ((rel == A7 && (enemyPawns & bit(Us == White ? B6 : B3))) ||
         (rel == H7 && (enemyPawns & bit(Us == White ? G6 : G3))))
-      activity += TrappedBishop;
+      activity += term<Us>(W.TrappedBishop);
   }
   for (Bitboard b = pos.pieces[T::OwnRook]; b;) {
     int s = popLowest(b);
@@ -114,29 +116,29 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
     addAttacks<Us>(ai, Rook, att);
     kingAttack(Rook, att);
     int mob = popCount(att & ai.mobilityArea[Us]);
-    mobility += RookMobility[mob];
+    mobility += term<Us>(W.RookMobility[mob]);
     int f = fileOf(s);
     if (pe.semiOpenFiles[Us] & (1 << f))
-      activity += (pe.semiOpenFiles[Them] & (1 << f)) ? RookOpenFile : RookHalfOpenFile;
+      activity += (pe.semiOpenFiles[Them] & (1 << f)) ? term<Us>(W.RookOpenFile) : term<Us>(W.RookHalfOpenFile);
     else if (mob <= 3) {
       // Shut in by its own king that has lost the right to castle on that side.
       int ksq = pos.kingSquare(Us), kf = fileOf(ksq);
       bool canCastle = pos.st().castle & (T::KingSideRight | T::QueenSideRight);
-      if (T::RelativeRank(ksq) == 0 && !canCastle && ((kf < 4) == (f < kf))) activity += TrappedRook;
+      if (T::RelativeRank(ksq) == 0 && !canCastle && ((kf < 4) == (f < kf))) activity += term<Us>(W.TrappedRook);
     }
     if (T::RelativeRank(s) == 6 &&
         (T::RelativeRank(enemyKing) == 7 || (enemyPawns & (Us == White ? Rank7Mask : Rank2Mask))))
-      activity += RookOnSeventh;
+      activity += term<Us>(W.RookOnSeventh);
   }
   for (Bitboard b = pos.pieces[T::OwnQueen]; b;) {
     int s = popLowest(b);
     Bitboard att = queenAttacks(s, pos);
     addAttacks<Us>(ai, Queen, att);
     kingAttack(Queen, att);
-    mobility += QueenMobility[popCount(att & ai.mobilityArea[Us])];
+    mobility += term<Us>(W.QueenMobility[popCount(att & ai.mobilityArea[Us])]);
     if (T::RelativeRank(s) == 6 &&
         (T::RelativeRank(enemyKing) == 7 || (enemyPawns & (Us == White ? Rank7Mask : Rank2Mask))))
-      activity += QueenOnSeventh;
+      activity += term<Us>(W.QueenOnSeventh);
   }
   terms.mobility[Us] = mobility;
   terms.pieces[Us] = activity;
@@ -147,6 +149,7 @@ template <Color Us>
 Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& ai) {
   using T = ColorTraits<Us>;
   constexpr Color Them = T::Them;
+  constexpr int Channel = DangerChannel + Us;
   int shelter = pe.shelter[Us];
   Packed score = pack(shelter, 0);
   bool enemyQueen = pos.pieces[T::EnemyQueen] != 0;
@@ -158,23 +161,30 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   Bitboard rookLines = rookAttacks(ksq, pos), bishopLines = bishopAttacks(ksq, pos);
   Bitboard knightSquares = knightAttacks(ksq);
 
-  int danger = ai.kingAttackers[Them] * ai.kingAttackWeight[Them] + ZoneAttackWeight * ai.kingZoneAttacks[Them] +
-               WeakZoneWeight * popCount(ai.kingZone[Us] & weak) + DangerBase;
+  if (ActiveTrace) [[unlikely]] {
+    ActiveTrace->dangerScored[Us] = true;
+    for (int kind : {Knight, BishopLight, Rook, Queen})
+      noteWeight(W.AttackerWeight[kind], Channel, ai.kingAttackers[Them] * ActiveTrace->attackersByKind[Them][kind]);
+  }
+  int danger = ai.kingAttackers[Them] * ai.kingAttackWeight[Them] +
+               termIn(W.ZoneAttackWeight, Channel, ai.kingZoneAttacks[Them]) +
+               termIn(W.WeakZoneWeight, Channel, popCount(ai.kingZone[Us] & weak)) + termIn(W.DangerBase, Channel);
   Bitboard queenChecks = (rookLines | bishopLines) & ai.byKind[Them][Queen];
   Bitboard rookChecks = rookLines & ai.byKind[Them][Rook];
   Bitboard bishopChecks = bishopLines & ai.byKind[Them][BishopLight];
   Bitboard knightChecks = knightSquares & ai.byKind[Them][Knight];
-  if (queenChecks & safe & ~ai.byKind[Us][Queen]) danger += SafeCheckWeight[Queen];
-  if (rookChecks & safe) danger += SafeCheckWeight[Rook];
-  if (bishopChecks & safe) danger += SafeCheckWeight[BishopLight];
-  if (knightChecks & safe) danger += SafeCheckWeight[Knight];
-  danger += UnsafeCheckWeight * popCount((rookChecks | bishopChecks | knightChecks) & ~safe);
-  if (!enemyQueen) danger -= NoQueenRelief;
-  if (ai.byKind[Us][Knight] & ai.kingZone[Us]) danger -= KnightDefenderRelief;
-  danger -= shelter * ShelterRelief / 8;
-  if (danger > DangerThreshold) {
-    danger = danger < DangerLimit ? danger : DangerLimit;   // keeps the packed halves in range
-    score -= pack(danger * danger / DangerMiddlegameDivisor, danger / DangerEndgameDivisor);
+  if (queenChecks & safe & ~ai.byKind[Us][Queen]) danger += termIn(W.SafeCheckWeight[Queen], Channel);
+  if (rookChecks & safe) danger += termIn(W.SafeCheckWeight[Rook], Channel);
+  if (bishopChecks & safe) danger += termIn(W.SafeCheckWeight[BishopLight], Channel);
+  if (knightChecks & safe) danger += termIn(W.SafeCheckWeight[Knight], Channel);
+  danger += termIn(W.UnsafeCheckWeight, Channel, popCount((rookChecks | bishopChecks | knightChecks) & ~safe));
+  if (!enemyQueen) danger -= termIn(W.NoQueenRelief, Channel);
+  if (ai.byKind[Us][Knight] & ai.kingZone[Us]) danger -= termIn(W.KnightDefenderRelief, Channel);
+  // The shelter's share is modelled by the tuner itself (it depends on the shelter weights).
+  danger -= shelter * W.ShelterRelief / 8;
+  if (danger > W.DangerThreshold) {
+    danger = danger < W.DangerLimit ? danger : W.DangerLimit;   // keeps the packed halves in range
+    score -= pack(danger * danger / W.DangerMiddlegameDivisor, danger / W.DangerEndgameDivisor);
   }
   return score;
 }
@@ -193,15 +203,15 @@ Packed evaluateThreats(const Position& pos, const AttackInfo& ai) {
 
   Bitboard ownPawns = pos.pieces[T::OwnPawn];
   Bitboard safePawns = ownPawns & (~ai.all[Them] | ai.all[Us]);
-  score += ThreatByPawn * popCount(pawnAttacks<Us>(safePawns) & enemyPieces);
+  score += term<Us>(W.ThreatByPawn, popCount(pawnAttacks<Us>(safePawns) & enemyPieces));
 
   Bitboard minorAttacks = ai.byKind[Us][Knight] | ai.byKind[Us][BishopLight];
-  score += ThreatMinorOnMajor * popCount(minorAttacks & enemyMajors);
-  score += ThreatMinorOnMinor * popCount(minorAttacks & enemyMinors & ~defended);
-  score += ThreatRookOnQueen * popCount(ai.byKind[Us][Rook] & pos.pieces[T::EnemyQueen]);
-  score += ThreatHangingPiece * popCount(enemyPieces & ai.all[Us] & ~defended);
-  score += ThreatHangingPawn * popCount(enemyPawns & ai.all[Us] & ~defended);
-  if (ai.byKind[Us][King] & (enemyPieces | enemyPawns) & ~defended) score += ThreatByKing;
+  score += term<Us>(W.ThreatMinorOnMajor, popCount(minorAttacks & enemyMajors));
+  score += term<Us>(W.ThreatMinorOnMinor, popCount(minorAttacks & enemyMinors & ~defended));
+  score += term<Us>(W.ThreatRookOnQueen, popCount(ai.byKind[Us][Rook] & pos.pieces[T::EnemyQueen]));
+  score += term<Us>(W.ThreatHangingPiece, popCount(enemyPieces & ai.all[Us] & ~defended));
+  score += term<Us>(W.ThreatHangingPawn, popCount(enemyPawns & ai.all[Us] & ~defended));
+  if (ai.byKind[Us][King] & (enemyPieces | enemyPawns) & ~defended) score += term<Us>(W.ThreatByKing);
 
   // Pawn pushes to safe squares that would attack a piece.
   Bitboard empty = ~pos.occupied;
@@ -209,7 +219,7 @@ Packed evaluateThreats(const Position& pos, const AttackInfo& ai) {
   Bitboard thirdRank = Us == White ? Rank3Mask : Rank6Mask;
   pushes |= (Us == White ? shift<8>(pushes & thirdRank) : shift<-8>(pushes & thirdRank)) & empty;
   pushes &= ~ai.byKind[Them][Pawn] & (ai.all[Us] | ~ai.all[Them]);
-  score += PawnPushThreat * popCount(pawnAttacks<Us>(pushes) & enemyPieces);
+  score += term<Us>(W.PawnPushThreat, popCount(pawnAttacks<Us>(pushes) & enemyPieces));
   return score;
 }
 
@@ -222,19 +232,17 @@ Packed evaluatePassed(const Position& pos, const PawnEntry& pe, const AttackInfo
   const int ownKing = pos.kingSquare(Us), enemyKing = pos.kingSquare(Them);
   forEachFrontPasser<Us>(pos, pe, [&](int s) {
     int r = T::RelativeRank(s);
-    int w = PassedRankWeight[r];
-    if (!w) return;
+    if (r == 7) return;   // only in hand-made positions: no stop square
     int block = s + T::Up;
     int enemyDist = distance(block, enemyKing), ownDist = distance(block, ownKing);
-    enemyDist = enemyDist < 5 ? enemyDist : 5;
-    ownDist = ownDist < 5 ? ownDist : 5;
-    score += pack(0, (enemyDist * PassedEnemyKingDistance - ownDist * PassedOwnKingDistance) * w);
+    score += term<Us>(W.PassedEnemyKing[r], enemyDist < 5 ? enemyDist : 5);
+    score += term<Us>(W.PassedOwnKing[r], ownDist < 5 ? ownDist : 5);
     if (pos.occupied & bit(block)) {
-      score += PassedBlocked * w;
+      score += term<Us>(W.PassedBlocked[r]);
     } else {
       Bitboard path = Spans.forwardFile[Us][s];
-      if (!(path & (pos.occupied | ai.all[Them]))) score += PassedFreePath * w;
-      else if (!(bit(block) & ai.all[Them])) score += PassedSafeStep * w;
+      if (!(path & (pos.occupied | ai.all[Them]))) score += term<Us>(W.PassedFreePath[r]);
+      else if (!(bit(block) & ai.all[Them])) score += term<Us>(W.PassedSafeStep[r]);
     }
   });
   return score;

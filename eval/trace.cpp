@@ -1,0 +1,43 @@
+// The traced evaluation: the driver's full path with the trace switched on.
+#include "eval/trace.h"
+
+#include "eval/eval_internal.h"
+#include "eval/material.h"
+
+namespace tavrin {
+
+EvalTrace* ActiveTrace = nullptr;
+
+int traceEvaluation(Position& pos, EvalTrace& trace) {
+  trace.reset();
+  MaterialInfo mi = probeMaterial(pos);
+  PawnEntry pe;
+  EvalTerms terms;
+  ActiveTrace = &trace;
+  evaluatePawns(pos, pe);
+  const int total = evaluateStatic(pos, mi, pe, terms);
+  traceMaterial(pos, trace);
+  ActiveTrace = nullptr;
+
+  Packed sum = terms.pieceSquare + terms.pawns;
+  for (Color c : {White, Black}) {
+    Packed side = terms.mobility[c] + terms.pieces[c] + terms.kingSafety[c] + terms.threats[c] + terms.passed[c];
+    sum += c == White ? side : -side;
+  }
+  const std::uint32_t key = pos.st().materialKey;
+  trace.positional = sum;
+  trace.material = mi.value;
+  trace.scale = mi.scale;
+  trace.phase = gamePhase(key);
+  trace.flags = mi.flags;
+  trace.total = total;
+  for (Color c : {White, Black}) {
+    trace.pull[c] = pe.pull[c];
+    trace.shelter[c] = pe.shelter[c];
+  }
+  trace.modelled = (key & 0xFF) != 0 &&
+                   !(mi.flags & (FlagSpecialEnding | FlagWhiteMinorOnly | FlagBlackMinorOnly));
+  return total;
+}
+
+}  // namespace tavrin
