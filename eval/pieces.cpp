@@ -178,10 +178,11 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   if (bishopChecks & safe) danger += termIn(W.SafeCheckWeight[BishopLight], Channel);
   if (knightChecks & safe) danger += termIn(W.SafeCheckWeight[Knight], Channel);
   danger += termIn(W.UnsafeCheckWeight, Channel, popCount((rookChecks | bishopChecks | knightChecks) & ~safe));
-  if (!enemyQueen) danger -= termIn(W.NoQueenRelief, Channel);
-  if (ai.byKind[Us][Knight] & ai.kingZone[Us]) danger -= termIn(W.KnightDefenderRelief, Channel);
+  if (!enemyQueen) danger += termIn(W.NoQueenRelief, Channel, -1);
+  if (ai.byKind[Us][Knight] & ai.kingZone[Us]) danger += termIn(W.KnightDefenderRelief, Channel, -1);
   // The shelter's share is modelled by the tuner itself (it depends on the shelter weights).
   danger -= shelter * W.ShelterRelief / 8;
+  if (ActiveTrace) [[unlikely]] ActiveTrace->danger[Us] = danger;
   if (danger > W.DangerThreshold) {
     danger = danger < W.DangerLimit ? danger : W.DangerLimit;   // keeps the packed halves in range
     score -= pack(danger * danger / W.DangerMiddlegameDivisor, danger / W.DangerEndgameDivisor);

@@ -42,6 +42,7 @@ struct EvalTrace {
   int pull[2] = {0, 0};
   int phase = 0;
   int shelter[2] = {0, 0};
+  int danger[2] = {0, 0};          // the king-danger sum of each colour's king, where scored
   std::uint8_t flags = 0;          // evalFlags of the material
   bool modelled = false;           // false for pawn endings and the special and minor-piece endings
   int total = 0;                   // the final score without noise, White's point of view

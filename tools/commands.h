@@ -9,5 +9,6 @@ int benchCommand(int argc, char** argv);
 int matchCommand(int argc, char** argv);
 int fuzzCommand(int argc, char** argv);
 int datagenCommand(int argc, char** argv);
+int tuneCommand(int argc, char** argv);
 
 }  // namespace tavrin::tool

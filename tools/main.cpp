@@ -20,6 +20,7 @@ const Subcommand Subcommands[] = {
     {"fuzz", tavrin::tool::fuzzCommand, "fuzz --engine PATH [--seconds N] [--sessions N] [--seed S] [--verbose] (fuzz --help)"},
     {"datagen", tavrin::tool::datagenCommand,
      "datagen --output FILE [--games N] [--nodes N] [--book FILE] [--seed S] [--index K --count N] ..."},
+    {"tune", tavrin::tool::tuneCommand, "tune --data FILE [--data FILE ...] [--lambda L] [--epochs N] ... (tune --help)"},
 };
 
 int usage() {
