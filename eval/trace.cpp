@@ -8,6 +8,10 @@ namespace tavrin {
 
 EvalTrace* ActiveTrace = nullptr;
 
+void recordNote(const std::int32_t& weight, int channel, int count) {
+  ActiveTrace->notes.push_back({std::uint16_t(slotOf(weight)), std::uint8_t(channel), count});
+}
+
 int traceEvaluation(Position& pos, EvalTrace& trace) {
   trace.reset();
   MaterialInfo mi = probeMaterial(pos);

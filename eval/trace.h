@@ -63,9 +63,11 @@ inline int slotOf(const std::int32_t& weight) {
   return int(&weight - reinterpret_cast<const std::int32_t*>(&Weights));
 }
 
+// Out of line, so that the engine's evaluation carries only the test of ActiveTrace.
+[[gnu::cold, gnu::noinline]] void recordNote(const std::int32_t& weight, int channel, int count);
+
 inline void noteWeight(const std::int32_t& weight, int channel, int count) {
-  if (ActiveTrace) [[unlikely]]
-    ActiveTrace->notes.push_back({std::uint16_t(slotOf(weight)), std::uint8_t(channel), count});
+  if (ActiveTrace) [[unlikely]] recordNote(weight, channel, count);
 }
 
 // A packed positional weight counted count times for colour Us.
