@@ -104,7 +104,6 @@ TEST_F(TuneFixture, ModelFollowsTheEngineWhenEveryWeightMoves) {
       EXPECT_TRUE(board.pos.st().castle) << fen << ": model " << model << ", engine " << engine;
     }
     // The traced path scores as the engine's driver does.
-    Engine.noiseTerms = 0;
     EXPECT_EQ(whiteEval(board.pos), engine) << fen;
   }
   EXPECT_EQ(at, set.positions.size());
