@@ -34,12 +34,12 @@ struct Options {
 void usage() {
   std::fprintf(stderr,
                "usage: tune --data FILE [--data FILE ...] [--lambda L] [--epochs N] [--batch N] [--rate R]\n"
-               "            [--k K] [--limit N] [--seed S] [--weights FILE] [--output FILE]\n"
+               "            [--k K] [--limit N] [--seed S] [--only NAME,NAME...] [--weights FILE] [--output FILE]\n"
                "  Fits the weights of the evaluation to the positions of datagen files (\"FEN | result |\n"
                "  score\") or EPD lines with a result. The label is L * result + (1 - L) * the search\n"
                "  score's winning chance (default L 0.5); K is fitted to the results first unless given.\n"
                "  Every tenth block of 64 lines is held out. Writes the weights into --output (default: the\n"
-               "  weights file, eval/weights.h), changing only the values.\n");
+               "  weights file, eval/weights.h), changing only the values. --only fits just the named weights.\n");
 }
 
 bool parse(int argc, char** argv, Options& o) {
@@ -57,6 +57,18 @@ bool parse(int argc, char** argv, Options& o) {
     };
     if (a == "--data") o.data.push_back(value);
     else if (a == "--weights") o.weights = value;
+    else if (a == "--only") {
+      std::istringstream names(value);
+      for (std::string name; std::getline(names, name, ',');) {
+        bool known = false;
+        for (const WeightInfo& info : weightList()) known = known || name == info.name;
+        if (!known) {
+          std::fprintf(stderr, "tune: --only: no weight named '%s'\n", name.c_str());
+          return false;
+        }
+        o.fit.only.push_back(name);
+      }
+    }
     else if (a == "--output") o.output = value;
     else if (a == "--lambda") { if (!need(0, 1)) return false; o.fit.lambda = number; }
     else if (a == "--k") { if (!need(0.01, 10)) return false; o.fit.k = number; }

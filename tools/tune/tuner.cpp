@@ -58,7 +58,7 @@ double meanLoss(const TuneSet& set, const TuneParams& params, double k, bool val
   return lossAt(set, params, k, validation, false);
 }
 
-TunedMask tunedMask(const TuneSet& set) {
+TunedMask tunedMask(const TuneSet& set, const std::vector<std::string>& only) {
   TunedMask mask{std::vector<bool>(WeightSlots, false), std::vector<bool>(WeightSlots, false)};
   std::vector<bool> counted(WeightSlots, false), positional(WeightSlots, false);
   for (const TraceNote& n : set.notes) {
@@ -70,6 +70,7 @@ TunedMask tunedMask(const TuneSet& set) {
   counted[slotOf(Weights.ShelterRelief)] = true;
   for (const WeightInfo& info : weightList()) {
     if (!info.tuned) continue;
+    if (!only.empty() && std::find(only.begin(), only.end(), info.name) == only.end()) continue;
     for (int s = info.slot; s < info.slot + info.length; ++s) {
       mask.mg[s] = counted[s];
       mask.eg[s] = info.packed && positional[s];
@@ -80,7 +81,7 @@ TunedMask tunedMask(const TuneSet& set) {
 
 void fitWeights(const TuneSet& set, TuneParams& params, double k, const TuneOptions& options,
                 const std::function<void(int, double, double)>& progress) {
-  const TunedMask mask = tunedMask(set);
+  const TunedMask mask = tunedMask(set, options.only);
   std::vector<std::uint32_t> order;
   for (std::uint32_t i = 0; i < set.positions.size(); ++i)
     if (!set.positions[i].validation) order.push_back(i);

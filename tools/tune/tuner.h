@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "tools/tune/model.h"
 
@@ -16,6 +18,7 @@ struct TuneOptions {
   int batch = 16384;
   double rate = 1.0;          // Adam step, falling linearly to a tenth over the epochs
   std::uint64_t seed = 1;
+  std::vector<std::string> only;   // when not empty: fit just the weights of these names
 };
 
 // The K that makes today's scores best predict the results of the training positions.
@@ -32,10 +35,11 @@ double meanLoss(const TuneSet& set, const TuneParams& params, double k, bool val
 void fitWeights(const TuneSet& set, TuneParams& params, double k, const TuneOptions& options,
                 const std::function<void(int, double, double)>& progress);
 
-// The slots the fit may change: the tuned weights' halves that any position counts.
+// The slots the fit may change: the tuned weights' halves that any position counts, of the
+// named weights only when names are given.
 struct TunedMask {
   std::vector<bool> mg, eg;
 };
-TunedMask tunedMask(const TuneSet& set);
+TunedMask tunedMask(const TuneSet& set, const std::vector<std::string>& only = {});
 
 }  // namespace tavrin::tool

@@ -2,6 +2,7 @@
 #include "tools/tune/weights_file.h"
 
 #include <cctype>
+#include <cstdlib>
 #include <cstdint>
 #include <vector>
 
@@ -15,6 +16,7 @@ constexpr std::size_t LineWidth = 110;
 struct Declaration {
   std::size_t begin = 0, end = 0;   // end: one past the ';'
   std::size_t lineStart = 0;
+  int rows = 1;                     // a two-dimensional table: its first dimension
   std::vector<int> numbers;         // mg, eg pairs for packed weights
 };
 
@@ -37,6 +39,9 @@ bool findDeclaration(const std::string& text, const WeightInfo& info, Declaratio
     if (equals == std::string::npos || semicolon == std::string::npos || equals > semicolon) return false;
     d.begin = at;
     d.end = semicolon + 1;
+    const std::string dims = text.substr(after, equals - after);
+    const std::size_t second = dims.find("][");
+    d.rows = second == std::string::npos ? 1 : std::atoi(dims.c_str() + dims.find('[') + 1);
     d.lineStart = lineStart;
     d.numbers.clear();
     for (std::size_t i = equals + 1; i < semicolon;) {
@@ -64,8 +69,9 @@ std::string valueText(const WeightInfo& info, const std::int32_t* words, int i) 
   return "S(" + std::to_string(middlegameOf(words[i])) + ", " + std::to_string(endgameOf(words[i])) + ")";
 }
 
-// "Type Name = v;" or "Type Name[N] = {v, v, ...};", wrapped under the brace when too long.
-std::string declarationText(const WeightInfo& info, const std::int32_t* words, std::size_t indent) {
+// "Type Name = v;", "Type Name[N] = {v, v, ...};" wrapped under the brace when too long, or
+// "Type Name[R][C] = {{...},\n {...}};" a row a line.
+std::string declarationText(const WeightInfo& info, const std::int32_t* words, std::size_t indent, int rows) {
   std::string head = info.packed ? "Packed " : "int ";
   head += info.name;
   if (info.length == 1) {
@@ -75,6 +81,24 @@ std::string declarationText(const WeightInfo& info, const std::int32_t* words, s
     return head;
   }
   head += "[";
+  if (rows > 1) {
+    head += std::to_string(rows) + "][" + std::to_string(info.length / rows) + "] = {";
+    const int columns = info.length / rows;
+    std::string out = head;
+    for (int r = 0; r < rows; ++r) {
+      if (r > 0) {
+        out += ",\n";
+        out.append(indent + head.size(), ' ');
+      }
+      out += '{';
+      for (int c = 0; c < columns; ++c) {
+        if (c > 0) out += ", ";
+        out += valueText(info, words, info.slot + r * columns + c);
+      }
+      out += '}';
+    }
+    return out + "};";
+  }
   head += std::to_string(info.length);
   head += "] = {";
   const std::size_t continuation = indent + head.size();
@@ -126,7 +150,7 @@ std::string writeWeightsText(const std::string& text, const EvalWeights& weights
   Declaration d;
   for (const WeightInfo& info : weightList()) {
     if (!findDeclaration(out, info, d)) continue;
-    const std::string replacement = declarationText(info, words, d.begin - d.lineStart);
+    const std::string replacement = declarationText(info, words, d.begin - d.lineStart, d.rows);
     // A comment after the declaration on its last line keeps its column if it can.
     std::size_t afterEnd = d.end;
     while (afterEnd < out.size() && out[afterEnd] == ' ') ++afterEnd;
