@@ -110,6 +110,32 @@ TEST_F(TuneFixture, ModelFollowsTheEngineWhenEveryWeightMoves) {
   EXPECT_LE(strays, at / 100);
 }
 
+// The derivatives the fit follows are those of the model's score: the king-danger square, the
+// shelter's share of the danger sum, the scale and the pull included.
+TEST_F(TuneFixture, GradientMatchesTheModelsSlopes) {
+  TuneSet set = traced(randomPositions(scaled(400, 100), 17));
+  TuneParams w = paramsFromWeights();
+  for (const TunePosition& p : set.positions) {
+    TuneParams g;
+    addGradient(p, set.notes.data(), w, 1.0, g);
+    for (int s = 0; s < WeightSlots; ++s) {
+      for (std::vector<double>* half : {&w.mg, &w.eg}) {
+        const double saved = (*half)[s];
+        (*half)[s] = saved + 0.5;
+        const double up = modelScore(p, set.notes.data(), w);
+        (*half)[s] = saved - 0.5;
+        const double down = modelScore(p, set.notes.data(), w);
+        (*half)[s] = saved;
+        const double analytic = half == &w.mg ? g.mg[s] : g.eg[s];
+        // Kinks (the danger threshold, the pull's cap) can fall inside the step.
+        if (std::fabs(up - down - analytic) > 0.05 + 0.02 * std::fabs(analytic))
+          ADD_FAILURE() << "slot " << s << (half == &w.mg ? " mg" : " eg") << ": numeric " << up - down
+                        << ", analytic " << analytic;
+      }
+    }
+  }
+}
+
 TEST_F(TuneFixture, FitRecoversTheWeightsThatLabelledThePositions) {
   const std::vector<std::string> fens = randomPositions(3000, 23);
   TuneSet set = traced(fens);
