@@ -103,7 +103,10 @@ DWORD WINAPI relayInput(void* target) {
     if (done < got) break;
   }
   CloseHandle(to);
-  return 0;
+  // The thread never returns: the engine ends the process as soon as it meets the closed pipe,
+  // and under wine a thread still on its way out then (holding the loader's lock) can leave the
+  // process hanging in its exit until it is killed. A sleeping thread is simply ended with it.
+  for (;;) Sleep(INFINITE);
 }
 
 HANDLE relayedInput() {
