@@ -66,6 +66,15 @@ constexpr Bitboard forwardFill(Bitboard b) {
   return b;
 }
 
+// The files of the king's wing: four files around a king on the wing, the four central files
+// for a king on one of the middle two.
+constexpr Bitboard kingFlank(int file) {
+  Bitboard b = 0;
+  int first = file < 3 ? 0 : file > 4 ? 4 : 2;
+  for (int f = first; f < first + 4; ++f) b |= fileMask(f);
+  return b;
+}
+
 constexpr Bitboard QueenSideFiles = fileMask(0) | fileMask(1) | fileMask(2) | fileMask(3);
 constexpr Bitboard KingSideFiles = ~QueenSideFiles;
 

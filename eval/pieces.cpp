@@ -3,6 +3,7 @@
 // built on the way become the position's attack summary.
 #include "board/attacks.h"
 #include "board/bitboard.h"
+#include "board/legality.h"
 #include "eval/eval_internal.h"
 #include "eval/masks.h"
 #include "eval/trace.h"
@@ -152,10 +153,14 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   constexpr int Channel = DangerChannel + Us;
   int shelter = pe.shelter[Us];
   Packed score = pack(shelter, 0);
+  int ksq = pos.kingSquare(Us);
+  // A king on a wing without pawns is cut off from where the game is decided.
+  if (!(kingFlank(fileOf(ksq)) & (pos.pieces[T::OwnPawn] | pos.pieces[T::EnemyPawn])))
+    score += term<Us>(W.PawnlessFlank);
+
   bool enemyQueen = pos.pieces[T::EnemyQueen] != 0;
   if (ai.kingAttackers[Them] < (enemyQueen ? 1 : 2)) return score;
 
-  int ksq = pos.kingSquare(Us);
   Bitboard weak = ai.all[Them] & ~ai.twice[Us] & (~ai.all[Us] | ai.byKind[Us][King] | ai.byKind[Us][Queen]);
   Bitboard safe = ~pos.pieces[T::EnemyAll] & (~ai.all[Us] | (weak & ai.twice[Them]));
   Bitboard rookLines = rookAttacks(ksq, pos), bishopLines = bishopAttacks(ksq, pos);
@@ -168,7 +173,8 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   }
   int danger = ai.kingAttackers[Them] * ai.kingAttackWeight[Them] +
                termIn(W.ZoneAttackWeight, Channel, ai.kingZoneAttacks[Them]) +
-               termIn(W.WeakZoneWeight, Channel, popCount(ai.kingZone[Us] & weak)) + termIn(W.DangerBase, Channel);
+               termIn(W.WeakZoneWeight, Channel, popCount(ai.kingZone[Us] & weak)) +
+               termIn(W.PinnedDanger, Channel, popCount(pinnedPieces<Us>(pos))) + termIn(W.DangerBase, Channel);
   Bitboard queenChecks = (rookLines | bishopLines) & ai.byKind[Them][Queen];
   Bitboard rookChecks = rookLines & ai.byKind[Them][Rook];
   Bitboard bishopChecks = bishopLines & ai.byKind[Them][BishopLight];

@@ -86,6 +86,7 @@ struct EvalWeights {
   // ---------------------------------------------------------------------------------------------
   // King safety: a danger count turned into a middlegame penalty of danger^2 / DangerMiddlegameDivisor
   // and an endgame penalty of danger / DangerEndgameDivisor.
+  Packed PawnlessFlank = S(100, -72);       // no pawn of either side on the king's wing
   int AttackerWeight[8] = {0, 0, 68, 0, 33, 54, 27, 31};  // by piece kind
   int ZoneAttackWeight = 92;     // per attack on a square next to the king
   int WeakZoneWeight = 87;       // per zone square attacked and defended only by the king
@@ -94,6 +95,7 @@ struct EvalWeights {
   int NoQueenRelief = 803;       // attackers without a queen rarely mate
   int KnightDefenderRelief = 98; // an own knight next to the king
   int ShelterRelief = 11;        // danger falls by shelter * 6 / 8
+  int PinnedDanger = 137;        // per own piece pinned against the king
   int DangerBase = 57;
   int DangerThreshold = 100;     // below this no penalty
   int DangerLimit = 8000;        // above this no further penalty
