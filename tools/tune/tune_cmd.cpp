@@ -34,12 +34,13 @@ struct Options {
 void usage() {
   std::fprintf(stderr,
                "usage: tune --data FILE [--data FILE ...] [--lambda L] [--epochs N] [--batch N] [--rate R]\n"
-               "            [--k K] [--limit N] [--seed S] [--only NAME,NAME...] [--weights FILE] [--output FILE]\n"
+               "            [--l2 X] [--k K] [--limit N] [--seed S] [--only NAME,NAME...] [--weights FILE] [--output FILE]\n"
                "  Fits the weights of the evaluation to the positions of datagen files (\"FEN | result |\n"
                "  score\") or EPD lines with a result. The label is L * result + (1 - L) * the search\n"
                "  score's winning chance (default L 0.5); K is fitted to the results first unless given.\n"
                "  Every tenth block of 64 lines is held out. Writes the weights into --output (default: the\n"
-               "  weights file, eval/weights.h), changing only the values. --only fits just the named weights.\n");
+               "  weights file, eval/weights.h), changing only the values. --only fits just the named weights.\n"
+               "  --l2 adds X * (weight - its starting value)^2 to the loss for every weight.\n");
 }
 
 bool parse(int argc, char** argv, Options& o) {
@@ -76,6 +77,7 @@ bool parse(int argc, char** argv, Options& o) {
     else if (a == "--batch") { if (!need(1, 1e8)) return false; o.fit.batch = int(number); }
     else if (a == "--rate") { if (!need(1e-6, 1000)) return false; o.fit.rate = number; }
     else if (a == "--limit") { if (!need(0, 1e12)) return false; o.limit = (long long)number; }
+    else if (a == "--l2") { if (!need(0, 1)) return false; o.fit.l2 = number; }
     else if (a == "--seed") { if (!need(0, 1e18)) return false; o.fit.seed = std::uint64_t(number); }
     else {
       std::fprintf(stderr, "tune: unknown option %s\n", a.c_str());

@@ -87,6 +87,7 @@ void fitWeights(const TuneSet& set, TuneParams& params, double k, const TuneOpti
     if (!set.positions[i].validation) order.push_back(i);
   if (order.empty()) return;
   std::mt19937_64 rng(options.seed);
+  const TuneParams initial = params;
 
   // Adam's running moments, per half of each slot.
   TuneParams m, v, gradient;
@@ -109,16 +110,18 @@ void fitWeights(const TuneSet& set, TuneParams& params, double k, const TuneOpti
       ++step;
       const double c1 = 1 - std::pow(beta1, double(step)), c2 = 1 - std::pow(beta2, double(step));
       auto update = [&](std::vector<double>& w, std::vector<double>& mm, std::vector<double>& vv,
-                        const std::vector<double>& g, const std::vector<bool>& tuned) {
+                        const std::vector<double>& data, const std::vector<double>& w0,
+                        const std::vector<bool>& tuned) {
         for (int s = 0; s < WeightSlots; ++s) {
           if (!tuned[std::size_t(s)]) continue;
-          mm[s] = beta1 * mm[s] + (1 - beta1) * g[s];
-          vv[s] = beta2 * vv[s] + (1 - beta2) * g[s] * g[s];
+          const double g = data[s] + 2 * options.l2 * (w[s] - w0[s]);
+          mm[s] = beta1 * mm[s] + (1 - beta1) * g;
+          vv[s] = beta2 * vv[s] + (1 - beta2) * g * g;
           w[s] -= rate * (mm[s] / c1) / (std::sqrt(vv[s] / c2) + epsilon);
         }
       };
-      update(params.mg, m.mg, v.mg, gradient.mg, mask.mg);
-      update(params.eg, m.eg, v.eg, gradient.eg, mask.eg);
+      update(params.mg, m.mg, v.mg, gradient.mg, initial.mg, mask.mg);
+      update(params.eg, m.eg, v.eg, gradient.eg, initial.eg, mask.eg);
     }
     if (progress) progress(epoch, meanLoss(set, params, k, false), meanLoss(set, params, k, true));
   }

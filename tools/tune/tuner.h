@@ -18,6 +18,9 @@ struct TuneOptions {
   int batch = 16384;
   double rate = 1.0;          // Adam step, falling linearly to a tenth over the epochs
   std::uint64_t seed = 1;
+  // Pull of every weight back to its starting value: l2 * (weight - start)^2 is added to the
+  // loss, so that weights few positions count do not wander off on noise.
+  double l2 = 0;
   std::vector<std::string> only;   // when not empty: fit just the weights of these names
 };
 
