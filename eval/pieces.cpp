@@ -154,7 +154,8 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   int shelter = pe.shelter[Us];
   Packed score = pack(shelter, 0);
   int ksq = pos.kingSquare(Us);
-  // A king on a wing without pawns is cut off from where the game is decided.
+  // A king on a wing without pawns: fitted as a plus in the middlegame (rarely seen with many pieces)
+  // and a minus in the endgame, where such a king is far from the pawns that decide the game.
   if (!(kingFlank(fileOf(ksq)) & (pos.pieces[T::OwnPawn] | pos.pieces[T::EnemyPawn])))
     score += term<Us>(W.PawnlessFlank);
 
