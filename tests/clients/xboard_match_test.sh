@@ -16,14 +16,28 @@ done
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-cd "$work"
 
-timeout 400 xvfb-run -a xboard -noGUI -xexit -saveSettingsOnExit false -mg "$GAMES" -tc 0:10 -inc 0.1 \
-  -fcp "$ENGINE" -fd "$work" -fUCI \
-  -scp fairymax -sd "$work" \
-  -sgf "$work/games.pgn" -debug -nameOfDebugFile "$work/debug.log" \
-  -autoCallFlag true -testClaims true -pgnExtendedInfo true >"$work/xboard.out" 2>&1
-status=$?
+# Runs the match once in the directory $1 and leaves xboard's exit status in $status.
+play() {
+  mkdir -p "$1" && cd "$1" || exit 1
+  timeout 400 xvfb-run -a xboard -noGUI -xexit -saveSettingsOnExit false -mg "$GAMES" -tc 0:10 -inc 0.1 \
+    -fcp "$ENGINE" -fd "$1" -fUCI \
+    -scp fairymax -sd "$1" \
+    -sgf "$1/games.pgn" -debug -nameOfDebugFile "$1/debug.log" \
+    -autoCallFlag true -testClaims true -pgnExtendedInfo true >"$1/xboard.out" 2>&1
+  status=$?
+}
+
+# The opponent is not under test: when fairymax itself dies (xboard then cannot write to or read
+# from the second program) and nothing is held against Tavrin, the match is played again, at most
+# three times in all.
+for attempt in 1 2 3; do
+  play "$work/$attempt"
+  grep -qiE '(writing to|reading from) second chess program|second chess program .*exited' games.pgn debug.log 2>/dev/null || break
+  grep -qiE '(writing to|reading from) first chess program|first chess program .*exited' \
+    games.pgn debug.log 2>/dev/null && break
+  echo "note: fairymax failed in attempt $attempt; playing the match again"
+done
 
 fail=0
 if [ $status -eq 124 ]; then
