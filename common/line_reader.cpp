@@ -36,6 +36,10 @@ bool LineReader::readLine(char* out) {
       out[n++] = c;
       if (c == '\n') {
         newline = true;
+        if (cr_ == CarriageReturn::Drop && n >= 2 && out[n - 2] == '\r') {
+          out[n - 2] = '\n';   // "\r\n" becomes "\n"
+          --n;
+        }
         break;
       }
     }

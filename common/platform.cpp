@@ -166,16 +166,11 @@ bool stdinReadable() {
 // Raw reads on the handle that the readiness test looks at, so that both see the same bytes and
 // no C library buffer holds a line back (a "stop" right behind "go" is seen by the next test).
 long readStdin(char* buffer, std::size_t n) {
+  constexpr std::size_t MaxReadBytes = std::size_t(1) << 30;   // one ReadFile call's count fits a DWORD
   const StandardInput& input = standardInput();
   DWORD got = 0;
-  if (!ReadFile(input.handle, buffer, DWORD(n > 0x40000000 ? 0x40000000 : n), &got, nullptr)) return 0;
-  if (input.kind == InputKind::Console) {
-    // A console hands out typed lines ending in "\r\n"; the reader takes "\n", as from a terminal.
-    DWORD kept = 0;
-    for (DWORD i = 0; i < got; ++i)
-      if (!(buffer[i] == '\r' && i + 1 < got && buffer[i + 1] == '\n')) buffer[kept++] = buffer[i];
-    got = kept;
-  }
+  // Consoles hand out typed lines ending in "\r\n"; the line reader drops the carriage return.
+  if (!ReadFile(input.handle, buffer, DWORD(n > MaxReadBytes ? MaxReadBytes : n), &got, nullptr)) return 0;
   return long(got);
 }
 

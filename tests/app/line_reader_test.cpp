@@ -31,9 +31,10 @@ long readFake(char* buffer, std::size_t n) {
 bool fakeReady() { return Input.ready && Input.at < Input.text.size(); }
 bool alwaysReady() { return true; }
 
-std::vector<std::string> readAll(const std::string& text, std::size_t chunk) {
+std::vector<std::string> readAll(const std::string& text, std::size_t chunk,
+                                 CarriageReturn cr = CarriageReturn::Keep) {
   Input = FakeInput{text, chunk};
-  auto reader = std::make_unique<LineReader>(readFake);
+  auto reader = std::make_unique<LineReader>(readFake, cr);
   std::vector<std::string> lines;
   auto line = std::make_unique<char[]>(LineBufferBytes);
   while (reader->readLine(line.get())) lines.emplace_back(line.get());
@@ -60,6 +61,24 @@ TEST(LineReader, SplitsLinesLikeFgets) {
   for (const Case& c : cases)
     for (std::size_t chunk : {std::size_t(1), std::size_t(3), std::size_t(1) << 20})
       EXPECT_EQ(readAll(c.input, chunk), c.lines) << "chunk " << chunk;
+}
+
+// Windows: consoles and GUIs end lines in CR LF; the carriage return goes with the line feed.
+TEST(LineReader, DropsCarriageReturnBeforeLineFeedWhenAsked) {
+  struct Case {
+    std::string input;
+    std::vector<std::string> lines;
+  };
+  const Case cases[] = {
+      {"isready\r\nquit\r\n", {"isready", "quit"}},
+      {"isready\r\r\n", {"isready\r"}},        // only the one before the line feed
+      {"a\rb\n\r\n", {"a\rb", ""}},
+      {"\r", {""}},                             // no line feed: the last character is dropped
+      {"go\r", {"go"}},
+  };
+  for (const Case& c : cases)
+    for (std::size_t chunk : {std::size_t(1), std::size_t(2), std::size_t(1) << 20})
+      EXPECT_EQ(readAll(c.input, chunk, CarriageReturn::Drop), c.lines) << "chunk " << chunk;
 }
 
 TEST(LineReader, LongLinesAreSplitLosingOneCharacter) {

@@ -75,6 +75,13 @@ class EngineProcess {
     return command;
   }
 
+  // True when the engine is a Windows program (run under wine): its command names an .exe.
+  static bool windowsEngine() {
+    for (const std::string& word : engineCommand())
+      if (word.size() > 4 && word.compare(word.size() - 4, 4, ".exe") == 0) return true;
+    return false;
+  }
+
   // Writes raw bytes (no newline added).
   void send(const std::string& text) {
     std::size_t done = 0;

@@ -186,6 +186,25 @@ TEST(Protocol, UnplayableMatedAndStalematePositionsAnswerTheNullMove) {
 
 // quit ends the process at once, idle or searching: the isready behind it and the search get no
 // answer.
+// Lines ending in CR LF: a Windows engine reads them as any other line (a console or a GUI on
+// Windows sends them); elsewhere the carriage return is part of the line, so "isready\r" is not
+// "isready" and gets no answer.
+TEST(Protocol, CarriageReturnBeforeLineFeed) {
+  EngineProcess e;
+  linesUntil(e, "to play with");
+  e.send("isready\r\nposition startpos moves e2e4\r\ngo depth 1\r\n");
+  if (EngineProcess::windowsEngine()) {
+    EXPECT_EQ(e.readLine(Reply), "readyok ");
+    auto best = e.readUntil("bestmove ", Reply);
+    ASSERT_TRUE(best);
+    EXPECT_TRUE((*best)[10] == '7' || (*best)[10] == '8') << *best;  // a move of Black's
+  }
+  e.sendLine("isready");
+  std::vector<std::string> seen = linesUntil(e, "readyok");
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), "readyok "), 1);
+  expectCleanEnd(e);
+}
+
 TEST(Protocol, QuitEndsAtOnce) {
   for (const char* before : {"isready", "go infinite"}) {
     const bool idle = std::string(before) == "isready";
