@@ -11,7 +11,7 @@ BUILD=${BUILD:-$ROOT/build}
 GAMES=${1:-${GAMES:-100}}
 TC=${TC:-5+0.05}
 CONCURRENCY=${CONCURRENCY:-$(nproc)}
-OPENINGS=${OPENINGS:-$ROOT/../shared/data/openings-2moves.epd}
+OPENINGS=${OPENINGS:-$ROOT/tests/data/openings-2moves.epd}
 OUT=${OUT:-$ROOT/gauntlet-$(date +%Y%m%d-%H%M%S)}
 ADJUDICATE=${ADJUDICATE-"-resign movecount=4 score=800 -draw movenumber=40 movecount=8 score=10"}
 TAVRIN=$BUILD/tavrin

@@ -12,7 +12,7 @@ OPPONENT=${1:-/usr/games/stockfish}
 FAST_GAMES=${FAST_GAMES:-1000}
 PONDER_GAMES=${PONDER_GAMES:-200}
 CONCURRENCY=${CONCURRENCY:-$(nproc)}
-OPENINGS=${OPENINGS:-$ROOT/../shared/data/openings-2moves.epd}
+OPENINGS=${OPENINGS:-$ROOT/tests/data/openings-2moves.epd}
 OUT=${OUT:-$ROOT/soak-$(date +%Y%m%d-%H%M%S)}
 ADJUDICATE=${ADJUDICATE-"-resign movecount=4 score=800 -draw movenumber=40 movecount=8 score=10"}
 TAVRIN=$BUILD/tavrin
