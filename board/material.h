@@ -16,6 +16,11 @@ constexpr std::uint32_t MaterialConstant[16] = {
     0, 11943936, 442369, 0, 36865, 73729, 3075, 518,
 };
 constexpr std::uint32_t UnusualMaterial = 0x80000000u;
+constexpr std::uint32_t PhaseBits = 0xFF;          // the low byte: the game phase
+constexpr int MaterialIndexShift = 8;              // the table index starts above it
+
+// No knight, bishop, rook or queen on the board: the phase byte adds up to 0.
+constexpr bool kingsAndPawnsOnly(std::uint32_t materialKey) { return (materialKey & PhaseBits) == 0; }
 
 // True when either side has material the table cannot index: two queens, three rooks, two
 // bishops on one square colour or three knights.

@@ -3,6 +3,7 @@
 #include "board/bitboard.h"
 #include "eval/eval_internal.h"
 #include "eval/masks.h"
+#include "eval/material.h"
 #include "eval/weights.h"
 
 namespace tavrin {
@@ -64,8 +65,8 @@ int applySpecialEnding(const Position& pos, int total) {
 }
 
 int applyMinorDrawTests(const Position& pos, std::uint8_t flags, int total) {
-  if ((flags & 0x20) && total > 0 && minorCannotWin<White>(pos)) return 0;
-  if ((flags & 0x40) && total < 0 && minorCannotWin<Black>(pos)) return 0;
+  if ((flags & FlagWhiteMinorOnly) && total > 0 && minorCannotWin<White>(pos)) return 0;
+  if ((flags & FlagBlackMinorOnly) && total < 0 && minorCannotWin<Black>(pos)) return 0;
   return total;
 }
 

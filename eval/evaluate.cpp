@@ -145,7 +145,7 @@ void evaluate(Position& pos, int lower, int upper, Move lastMove) {
   bool matched = pe.storedKey() == st.pawnKey;
 
   // Step 4. Kings and pawns only.
-  if ((st.materialKey & 0xFF) == 0) {
+  if (kingsAndPawnsOnly(st.materialKey)) {
     if (pos.sideToMove == White) evaluatePawnEndingWhite(pos, mi, pe);
     else evaluatePawnEndingBlack(pos, mi, pe);
     st.lazyCount = 1;

@@ -29,9 +29,13 @@ constexpr std::uint8_t FlagWhiteMinorOnly = 1 << 5;  // White's only piece is on
 constexpr std::uint8_t FlagBlackMinorOnly = 1 << 6;
 constexpr std::uint8_t FlagSpecialEnding = 1 << 7;   // mating material against a bare king
 
-constexpr int materialIndex(std::uint32_t materialKey) { return int((materialKey >> 8) & 0x7FFFF); }
+constexpr std::uint32_t MaterialIndexBits = (1u << 19) - 1;   // 419,904 rows fit in 19 bits
+constexpr int materialIndex(std::uint32_t materialKey) {
+  return int((materialKey >> MaterialIndexShift) & MaterialIndexBits);
+}
 constexpr int gamePhase(std::uint32_t materialKey) {
-  return int(materialKey & 0xFF) > 32 ? 32 : int(materialKey & 0xFF);
+  const int phase = int(materialKey & PhaseBits);
+  return phase > 32 ? 32 : phase;
 }
 
 // Piece counts behind a material index.

@@ -39,7 +39,7 @@ int traceEvaluation(Position& pos, EvalTrace& trace) {
     trace.pull[c] = pe.pull[c];
     trace.shelter[c] = pe.shelter[c];
   }
-  trace.modelled = (key & 0xFF) != 0 &&
+  trace.modelled = !kingsAndPawnsOnly(key) &&
                    !(mi.flags & (FlagSpecialEnding | FlagWhiteMinorOnly | FlagBlackMinorOnly));
   return total;
 }

@@ -109,7 +109,7 @@ int evalCommand(int argc, char** argv) {
   int phase = gamePhase(pos.st().materialKey);
   int total;
   EvalTerms terms;
-  if ((pos.st().materialKey & 0xFF) == 0) {
+  if (kingsAndPawnsOnly(pos.st().materialKey)) {
     if (pos.sideToMove == White) evaluatePawnEndingWhite(pos, mi, pe);
     else evaluatePawnEndingBlack(pos, mi, pe);
     total = pos.sideToMove == White ? pos.st().staticEval : -pos.st().staticEval;
