@@ -8,10 +8,6 @@ namespace tavrin {
 using MoveWord = std::uint32_t;
 constexpr int MaxMoves = 256;   // room for any position's move list plus terminator
 
-// The move of a list word. The key's low part can reach bit 15 (the non-capture column of
-// CaptureKey carries 0x8000), so the move is the low 15 bits, not the low 16.
-constexpr Move moveOf(MoveWord w) { return Move(w & 0x7FFF); }
-
 // Capture keys by attacker and victim piece code (victim 0: quiet moves through the same table).
 extern std::uint32_t CaptureKey[16][16];
 void initCaptureKeys();

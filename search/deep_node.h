@@ -89,7 +89,7 @@ inline int gainOf(const Position& pos, Move m) { return GainTable[pos.board[move
 // Gain futility's move test: a quiet move without flag bits, from a square outside `exempt`, whose
 // best gain ever seen cannot lift the evaluation by `margin` to the threshold.
 inline bool futileGain(const Position& pos, MoveWord w, Bitboard exempt, int margin, int eval, int threshold) {
-  const Move m = wordMove(w);
+  const Move m = moveOf(w);
   return !(w & 0xE000) && !(exempt & bit(moveFrom(m))) && gainOf(pos, m) + margin + eval < threshold;
 }
 
@@ -130,7 +130,7 @@ inline bool cutOffOrFailLow(Position& pos, Move m, int piece, int depth, bool qu
 // last target or to a check-candidate square or the picker marked it safe.
 template <Color Us>
 inline bool futileExchange(const Position& pos, MoveWord w) {
-  const Move m = wordMove(w);
+  const Move m = moveOf(w);
   const int to = moveTo(m);
   return to != pos.search.lastTarget && !(pos.st().checkCandidates & bit(to)) && !(w & 0x8000) &&
          exchangeLoses<Us>(pos, m);
@@ -180,7 +180,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
 
     const MoveWord w = nextMove<Us>(pos, mp);
     if (!w) break;
-    const Move m = wordMove(w);
+    const Move m = moveOf(w);
     if (m == excluded) continue;
     const int from = moveFrom(m), to = moveTo(m);
     const bool quietStage = mp.inQuietStage();

@@ -34,9 +34,9 @@ inline void updateKillers(StateEntry& st, Move m) {
 }
 
 // A move is quiet for history and killers when it captures nothing and is neither en passant
-// nor a promotion (kind bits 13 and 14 clear).
+// nor a promotion.
 inline bool isQuietMove(const Position& pos, Move m) {
-  return pos.board[moveTo(m)] == NoPiece && (m & 0x6000) == 0;
+  return pos.board[moveTo(m)] == NoPiece && !isEnPassantOrPromotion(m);
 }
 
 }  // namespace tavrin

@@ -41,7 +41,7 @@ struct MovePicker {
   // start is StageTtMove, StageReducedTtMove or StageShallowTtMove.
   void init(int start, Move tableMove, Bitboard captureTargets = 0, int gainMargin = NoGainMargin) {
     stage = start;
-    ttMove = tableMove & 0x7FFF;
+    ttMove = moveOf(tableMove);
     postponedCount = postponedRead = 0;
     targets = captureTargets;
     margin = gainMargin;
@@ -52,8 +52,6 @@ struct MovePicker {
   // reduction look for. (The shallow sequence's remaining moves are filtered by their generator.)
   bool inQuietStage() const { return stage == StageQuiet; }
 };
-
-constexpr Move wordMove(MoveWord w) { return Move(w & 0x7FFF); }
 
 // Every opponent piece but the king: the capture targets of a full capture stage.
 template <Color Us>
@@ -122,7 +120,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
         while (mp.cur < mp.end) {
           MoveWord w = selectBest(mp.cur, mp.end);
           ++mp.cur;
-          Move m = wordMove(w);
+          Move m = moveOf(w);
           if (m == mp.ttMove) continue;
           if ((w & 0x300000) || !exchangeLoses<Us>(pos, m)) return w;
           mp.postponed[mp.postponedCount++] = w;
@@ -135,7 +133,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
         while (mp.cur < mp.end) {
           MoveWord w = selectBest(mp.cur, mp.end);
           ++mp.cur;
-          if (wordMove(w) != mp.ttMove) return w;
+          if (moveOf(w) != mp.ttMove) return w;
         }
         ++mp.stage;
         if (mp.stage == StageShallowChecks) {
@@ -166,7 +164,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
           Move k1 = pos.st().killer1, k2 = pos.st().killer2;
           MoveWord* out = mp.moves;
           for (MoveWord* p = mp.moves; p < end; ++p) {
-            Move m = wordMove(*p);
+            Move m = moveOf(*p);
             if (m != mp.ttMove && m != k1 && m != k2) *out++ = *p;
           }
           mp.cur = mp.moves;
@@ -194,7 +192,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
       case StageReducedChecks:
         while (mp.cur < mp.end) {
           MoveWord w = *mp.cur++;
-          if (wordMove(w) != mp.ttMove) return w;
+          if (moveOf(w) != mp.ttMove) return w;
         }
         mp.stage = StageDone;
         break;
@@ -202,7 +200,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
       case StageShallowChecks:
         while (mp.postponedRead < mp.postponedCount) {
           MoveWord w = mp.postponed[mp.postponedRead++];
-          if (wordMove(w) != mp.ttMove) return w;
+          if (moveOf(w) != mp.ttMove) return w;
         }
         mp.stage = StageShallowRemaining;
         mp.cur = mp.moves;
@@ -212,11 +210,11 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
       case StageShallowRemaining:
         while (mp.cur < mp.end) {
           MoveWord w = *mp.cur++;
-          Move m = wordMove(w);
+          Move m = moveOf(w);
           if (m == mp.ttMove) continue;
           bool handedOut = false;
           for (int i = 0; i < mp.postponedCount && !handedOut; ++i)
-            handedOut = wordMove(mp.postponed[i]) == m;
+            handedOut = moveOf(mp.postponed[i]) == m;
           if (!handedOut) return w;
         }
         mp.stage = StageDone;
@@ -239,7 +237,7 @@ struct EvasionPicker {
 
   template <Color Us>
   void init(const Position& pos, Move tableMove) {
-    ttMove = tableMove & 0x7FFF;
+    ttMove = moveOf(tableMove);
     ttPending = ttMove && pseudoLegal<Us>(pos, ttMove);
     cur = moves;
     end = genEvasions<Us>(pos, moves, ~Bitboard(0));
@@ -252,7 +250,7 @@ struct EvasionPicker {
       return ttMove;
     }
     while (cur < end) {
-      Move m = wordMove(*cur++);
+      Move m = moveOf(*cur++);
       if (m != ttMove) return m;
     }
     return 0;

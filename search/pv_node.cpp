@@ -70,7 +70,7 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
       w = m;
     } else {
       w = nextMove<Us>(pos, mp);
-      m = wordMove(w);
+      m = moveOf(w);
     }
     if (!m) break;
     const int piece = pos.board[moveFrom(m)];

@@ -81,7 +81,7 @@ int pvQuiesceNode(Position& pos, int alpha, int beta, int depth) {
     if (end - list > 1) --depth;
     promoteTableMove(list, end, ttMove);
     for (MoveWord* cur = list; cur < end; ++cur)
-      if (decides(wordMove(picker_detail::selectBest(cur, end)), depth)) return score;
+      if (decides(moveOf(picker_detail::selectBest(cur, end)), depth)) return score;
   } else {
     // Step 4. Stand pat.
     const int staticEval = pos.st().staticEval;

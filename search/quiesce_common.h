@@ -49,7 +49,7 @@ inline Bitboard quiesceTargets(const Position& pos, int beta, int& best) {
 inline void promoteTableMove(MoveWord* begin, MoveWord* end, Move ttMove) {
   if (!ttMove) return;
   for (MoveWord* p = begin; p < end; ++p)
-    if (wordMove(*p) == ttMove) {
+    if (moveOf(*p) == ttMove) {
       *p |= 0xFFFF0000u;
       return;
     }
@@ -59,7 +59,7 @@ inline void promoteTableMove(MoveWord* begin, MoveWord* end, Move ttMove) {
 template <Color Us>
 inline bool losingCapture(const Position& pos, MoveWord w) {
   if ((w & 0x300000u) || w >= 0xFFFF0000u) return false;
-  const Move m = wordMove(w);
+  const Move m = moveOf(w);
   if (pos.st().exchangeExclusion & bit(moveFrom(m))) return false;
   return exchangeLoses<Us>(pos, m);
 }
@@ -125,12 +125,12 @@ inline bool quiesceMoves(Position& pos, Bitboard targets, Move ttMove, Decides d
   for (MoveWord* cur = list; cur < end; ++cur) {
     const MoveWord w = picker_detail::selectBest(cur, end);
     if (losingCapture<Us>(pos, w)) continue;
-    if (decides(wordMove(w))) return true;
+    if (decides(moveOf(w))) return true;
   }
   if (!checksAllowed()) return false;
   end = genQuietChecks<Us>(pos, list);
   for (MoveWord* cur = list; cur < end; ++cur)
-    if (decides(wordMove(*cur))) return true;
+    if (decides(moveOf(*cur))) return true;
   return false;
 }
 

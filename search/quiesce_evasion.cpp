@@ -41,7 +41,7 @@ int quiesceEvasionNode(Position& pos, int beta, int depth) {
   // Step 6. Evasions by selection; a cut-off is stored as a lower bound.
   int legal = 0;
   for (MoveWord* cur = list; cur < end; ++cur)
-    if (quiesceMoveDecides<Us>(pos, wordMove(selectBest(cur, end)), key, beta, depth, best, score, legal))
+    if (quiesceMoveDecides<Us>(pos, moveOf(selectBest(cur, end)), key, beta, depth, best, score, legal))
       return score;
 
   // No legal evasion was searched: when none exists beyond the restricted set either, the side is

@@ -26,7 +26,7 @@ namespace {
 
 constexpr int NoScoreYet = -32752;
 
-inline Move recordMove(const RootMove& r) { return Move(r.word & 0x7FFF); }
+inline Move recordMove(const RootMove& r) { return moveOf(r.word); }
 inline int recordScore(const RootMove& r) { return int(r.word >> 16) - 32768; }
 inline void setRecordScore(RootMove& r, int score) {
   r.word = (r.word & 0xFFFF) | (std::uint32_t((score - 32768) & 0xFFFF) << 16);
@@ -202,7 +202,7 @@ int buildRootList(Position& pos) {
   MoveWord* end = generateLegalMoves(pos, list);
   int n = 0;
   for (MoveWord* p = list; p < end && n < 255; ++p) {
-    const Move m = wordMove(*p);
+    const Move m = moveOf(*p);
     if (!m) break;
     if (!makeAndEvaluate<Us>(pos, m, -32767, 32767)) continue;
     undoMove<Us>(pos, m);
@@ -214,7 +214,7 @@ int buildRootList(Position& pos) {
     for (int i = 0; i < n; ++i) {
       bool listed = false;
       for (int j = 0; j < 255 && Limits.searchMoves[j] && !listed; ++j)
-        listed = (Limits.searchMoves[j] & 0x7FFF) == recordMove(RootMoves[i]);
+        listed = moveOf(Limits.searchMoves[j]) == recordMove(RootMoves[i]);
       if (listed) RootMoves[kept++] = RootMoves[i];
     }
     if (kept) {
@@ -332,7 +332,7 @@ void runRootSearch(Position& pos) {
     // built): a position with a legal move still answers with one.
     if (!Root.bestMove) {
       MoveWord list[MaxMoves];
-      if (generateLegalMoves(pos, list) != list) Root.bestMove = wordMove(list[0]);
+      if (generateLegalMoves(pos, list) != list) Root.bestMove = moveOf(list[0]);
     }
     throw;
   }

@@ -51,7 +51,7 @@ int shallowNode(Position& pos, int beta, int depth) {
   const bool hasPieces = hasNonPawnMaterial<Us>(pos);
   MoveCount count{razor ? 1 : 0, beta + params::ShallowFutilityBase};
   while (const MoveWord w = nextMove<Us>(pos, mp)) {
-    const Move m = wordMove(w);
+    const Move m = moveOf(w);
     const int from = moveFrom(m), to = moveTo(m);
     const bool quietStage = mp.inQuietStage();
 

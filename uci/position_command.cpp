@@ -74,16 +74,15 @@ Move moveFromText(const Position& pos, const char* text, bool readPromotion) {
   const int from = (text[0] - 'a') + 8 * (text[1] - '1');
   const int to = (text[2] - 'a') + 8 * (text[3] - '1');
   if (from < 0 || from > 63 || to < 0 || to > 63) return NoMove;
-  Move m = moveFromSquares(pos, Move(from * 64 + to));
-  if (m == NoMove) return NoMove;
-  if (readPromotion) switch (text[4]) {
-      case 'n': m |= 0x4000; break;
-      case 'b': m |= 0x5000; break;
-      case 'r': m |= 0x6000; break;
-      case 'q': m |= 0x7000; break;
-      default: break;
-    }
-  return m;
+  const Move m = moveFromSquares(pos, makeMove(from, to));
+  if (m == NoMove || !readPromotion) return m;
+  switch (text[4]) {
+    case 'n': return addKind(m, PromoteKnight);
+    case 'b': return addKind(m, PromoteBishop);
+    case 'r': return addKind(m, PromoteRook);
+    case 'q': return addKind(m, PromoteQueen);
+    default: return m;
+  }
 }
 
 }  // namespace
@@ -136,8 +135,8 @@ void playMoveList(Position& pos, const char* text) {
     const Move m = moveFromText(pos, word, std::strlen(word) == 5);
     if (m == NoMove) continue;
     for (const MoveWord* w = list; *w; ++w)
-      if ((*w & 0x7FFF) == m) {
-        makeRootMove(pos, Move(*w & 0xFFFF));
+      if (moveOf(*w) == m) {
+        makeRootMove(pos, m);
         break;
       }
   }
