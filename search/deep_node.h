@@ -84,7 +84,7 @@ struct MoveCount {
 };
 
 // The largest positional gain seen for this move of this piece (the gain table of the evaluation).
-inline int gainOf(const Position& pos, Move m) { return GainTable[pos.board[moveFrom(m)] * 4096 + (m & 0xFFF)]; }
+inline int gainOf(const Position& pos, Move m) { return GainTable[gainCell(pos.board[moveFrom(m)], m)]; }
 
 // Gain futility's move test: a quiet move without flag bits, from a square outside `exempt`, whose
 // best gain ever seen cannot lift the evaluation by `margin` to the threshold.

@@ -9,7 +9,7 @@ namespace tavrin {
 constexpr std::uint16_t HistoryStart = 2048;
 constexpr int HistoryMax = 65280;
 
-inline std::uint16_t& historyOf(int piece, int to) { return HistoryTable[piece * 64 + to]; }
+inline std::uint16_t& historyOf(int piece, int to) { return HistoryTable[historyCell(piece, to)]; }
 
 // A quiet move that cut off: the counter moves toward its ceiling by depth / 256 of the distance.
 inline void historyBonus(int piece, int to, int depth) {

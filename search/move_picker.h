@@ -90,7 +90,7 @@ inline bool killerPlayable(const Position& pos, const MovePicker& mp, Move k) {
 
 }  // namespace picker_detail
 
-// The next move word (the move in bits 0-15 with its generator marks), 0 when exhausted.
+// The next move-list word (its move and key as the generator wrote them), 0 when exhausted.
 template <Color Us>
 MoveWord nextMove(Position& pos, MovePicker& mp) {
   using namespace picker_detail;
@@ -122,7 +122,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
           ++mp.cur;
           Move m = moveOf(w);
           if (m == mp.ttMove) continue;
-          if ((w & 0x300000) || !exchangeLoses<Us>(pos, m)) return w;
+          if (isWinningOrEvenCapture(w) || !exchangeLoses<Us>(pos, m)) return w;
           mp.postponed[mp.postponedCount++] = w;
         }
         mp.stage = StageKiller1;

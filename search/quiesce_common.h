@@ -50,7 +50,7 @@ inline void promoteTableMove(MoveWord* begin, MoveWord* end, Move ttMove) {
   if (!ttMove) return;
   for (MoveWord* p = begin; p < end; ++p)
     if (moveOf(*p) == ttMove) {
-      *p |= 0xFFFF0000u;
+      *p |= TableMoveKey;
       return;
     }
 }
@@ -58,7 +58,7 @@ inline void promoteTableMove(MoveWord* begin, MoveWord* end, Move ttMove) {
 // A capture that needs the exchange test (no winning/equal flag, not the table move) and loses.
 template <Color Us>
 inline bool losingCapture(const Position& pos, MoveWord w) {
-  if ((w & 0x300000u) || w >= 0xFFFF0000u) return false;
+  if (isWinningOrEvenCapture(w) || isPromotedTableMove(w)) return false;
   const Move m = moveOf(w);
   if (pos.st().exchangeExclusion & bit(moveFrom(m))) return false;
   return exchangeLoses<Us>(pos, m);

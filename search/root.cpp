@@ -26,11 +26,11 @@ namespace {
 
 constexpr int NoScoreYet = -32752;
 
+// A record's word is a move-list word keyed by score - 32768, so that larger words mean larger scores.
+inline MoveWord recordWord(Move m, int score) { return keyedWord(std::uint16_t(score - 32768), m); }
 inline Move recordMove(const RootMove& r) { return moveOf(r.word); }
-inline int recordScore(const RootMove& r) { return int(r.word >> 16) - 32768; }
-inline void setRecordScore(RootMove& r, int score) {
-  r.word = (r.word & 0xFFFF) | (std::uint32_t((score - 32768) & 0xFFFF) << 16);
-}
+inline int recordScore(const RootMove& r) { return int(sortKeyOf(r.word)) - 32768; }
+inline void setRecordScore(RootMove& r, int score) { r.word = recordWord(recordMove(r), score); }
 
 std::int64_t elapsedMicros() { return wallClockMicros() - Limits.startTime; }
 
@@ -41,7 +41,7 @@ void sortRootMoves(int first, int count) {
   for (int i = first + 1; i < count; ++i) {
     RootMove r = RootMoves[i];
     int j = i;
-    for (; j > first && (RootMoves[j - 1].word >> 16) < (r.word >> 16); --j) RootMoves[j] = RootMoves[j - 1];
+    for (; j > first && sortKeyOf(RootMoves[j - 1].word) < sortKeyOf(r.word); --j) RootMoves[j] = RootMoves[j - 1];
     RootMoves[j] = r;
   }
 }
@@ -206,7 +206,7 @@ int buildRootList(Position& pos) {
     if (!m) break;
     if (!makeAndEvaluate<Us>(pos, m, -32767, 32767)) continue;
     undoMove<Us>(pos, m);
-    RootMoves[n++] = RootMove{std::uint32_t(m) | (std::uint32_t((NoScoreYet - 32768) & 0xFFFF) << 16), {}};
+    RootMoves[n++] = RootMove{recordWord(m, NoScoreYet), {}};
   }
   RootMoves[n] = RootMove{};
   if (Limits.searchMovesFlag) {

@@ -161,7 +161,7 @@ TEST(LegalGenerator, WordsSortCapturesFirstAndCarryTheBareMove) {
   MoveWord* end = generateLegalMoves(pos, list);
   ASSERT_EQ(end - list, 48);
   for (MoveWord* w = list; w != end; ++w) {
-    EXPECT_EQ(*w & 0x8000u, 0u);
+    EXPECT_EQ(*w & NonCaptureMark, 0u);
     const bool capture = pos.board[moveTo(moveOf(*w))] != 0;
     EXPECT_EQ(*w >= 0xA0000000u, capture) << moveOf(*w);
   }
@@ -176,7 +176,7 @@ TEST(QuietGenerator, StartPositionOrderAndSort) {
   ASSERT_EQ(end - list, 20);
   for (MoveWord* w = list; w + 1 < end; ++w) EXPECT_GT(w[0], w[1]);  // descending move codes
   // With a negative gain on one move and a threshold below it, it sorts first (unsigned compare).
-  GainTable[WhitePawn * 4096 + A2 * 64 + A3] = -5;
+  GainTable[gainCell(WhitePawn, makeMove(A2, A3))] = -5;
   end = generateQuietWhite(pos, list, -10);
   ASSERT_EQ(end - list, 20);
   EXPECT_EQ(list[0], (MoveWord(std::uint16_t(-5)) << 16) | makeMove(A2, A3));
