@@ -62,14 +62,14 @@ int shallowNode(Position& pos, int beta, int depth) {
     if (quietStage) {
       // Gain futility with the margin 2 * depth, from squares outside both exemption sets.
       if (count.n > params::FutilityMinMoves && hasPieces &&
-          futileGain(pos, w, st.quietExemptions | st.checkCandidates, params::ShallowGainPerDepth * depth, eval,
+          futileGain(pos, m, st.quietExemptions | st.checkCandidates, params::ShallowGainPerDepth * depth, eval,
                      count.threshold)) {
         count.next();
         continue;
       }
       // Exchange futility.
       if (eval + params::ShallowExchangePerDepth * depth < beta + params::ExchangeFutilityBase &&
-          futileExchange<Us>(pos, w)) {
+          futileExchange<Us>(pos, m)) {
         count.next();
         continue;
       }
