@@ -18,8 +18,6 @@ RootLine RootLines[MaxRootLines];
 SearchSettings Settings;
 std::uint8_t RootFailingLow = 0;
 std::uint8_t RootBestMoveChanged = 0;
-std::uint8_t RootSearchStarted = 0;
-std::uint8_t RootNewPosition = 0;
 SearchReports Reports = {[](Position&, std::int64_t, int) {}, [](int) {}, [](Move, int) {}, [](Position&, int) {}};
 
 namespace {
@@ -52,11 +50,10 @@ int rootMoveCount() {
   return n;
 }
 
-void newBestMove(Move m, int score, int depth) {
+void newBestMove(Move m, int score) {
   if (m != Root.bestMove) RootBestMoveChanged = 1;
   Root.bestMove = m;
   Root.bestScore = score;
-  Root.bestDepth = depth;
 }
 
 void maybePrintPv(Position& pos, int depth, int score) {
@@ -135,7 +132,7 @@ int rootSearch(Position& pos, int alpha, int beta, int depth) {
     setRecordScore(record, score > alpha ? score : alpha);
     if (score > best && score > alpha) {
       storeLower(rootKey, depth, score, m);
-      newBestMove(m, score, depth);
+      newBestMove(m, score);
       best = score;
       bestMove = m;
       maybePrintPv(pos, depth, score);
@@ -186,7 +183,7 @@ int rootSearchMulti(Position& pos, int, int, int depth) {
     if (k <= kept || score > floor) {
       for (int i = 0; i < kept; ++i)
         RootLines[i] = {i < k ? recordMove(RootMoves[i]) : NoMove, recordScore(RootMoves[i])};
-      newBestMove(recordMove(RootMoves[0]), recordScore(RootMoves[0]), depth);
+      newBestMove(recordMove(RootMoves[0]), recordScore(RootMoves[0]));
       storeLower(rootKey, depth, recordScore(RootMoves[0]), recordMove(RootMoves[0]));
       maybePrintPv(pos, depth, recordScore(RootMoves[0]));
     }
@@ -298,7 +295,6 @@ void iterate(Position& pos) {
 
     // 5. The iteration is complete.
     lastScore = score;
-    Root.lastIterationScore = score;
     Root.completedDepth = depth;
     stableIterations = Root.bestMove == previousBest ? stableIterations + 1 : 0;
     previousBest = Root.bestMove;

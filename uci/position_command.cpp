@@ -8,7 +8,6 @@
 #include "board/movegen.h"
 #include "common/globals.h"
 #include "eval/evaluate.h"
-#include "search/search.h"
 #include "uci/decimal.h"
 #include "uci/position_command.h"
 #include "uci/words.h"
@@ -145,7 +144,6 @@ void playMoveList(Position& pos, const char* text) {
 void positionCommand(Position& pos, const char* text) {
   Engine.positionReady = 1;
   pos.nodes = 0;
-  RootNewPosition = 1;
   char word[WordBytes];
   const char* after = nextWord(text, word);
   if (std::strcmp(word, "startpos") == 0) {

@@ -34,7 +34,6 @@ TEST_F(GoCommand, ClockFigures) {
   go("go movetime 1000");
   EXPECT_EQ(Limits.hardLimit, 990000);
   EXPECT_EQ(Limits.softTarget, NoLimit);
-  EXPECT_EQ(Limits.movetimeFlag, 1);
   go("go movetime 5");
   EXPECT_EQ(Limits.hardLimit, -5000);
   go("go movetime -3");
@@ -116,7 +115,6 @@ TEST_F(GoCommand, MissingAndOddNumbers) {
   EXPECT_EQ(Limits.hardLimit, 9000000);
   go("go wtime 60000 winc 1000");
   EXPECT_EQ(Limits.winc, 1000000);
-  EXPECT_EQ(Limits.incrementClass, 500);
   go("go  wtime   60000\tbtime 60000  ");
   EXPECT_EQ(Limits.hardLimit, 9000000);
 }
