@@ -240,7 +240,7 @@ MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask) {
   using G = Geometry<Us>;
   const StateEntry& st = *pos.state;
   const Bitboard* p = pos.pieces;
-  const Bitboard checkers = Us == White ? st.whiteKingAttackers : st.blackKingAttackers;
+  const Bitboard checkers = kingAttackers<Us>(st);
   if (!checkers) {
     *list = 0;
     return list;

@@ -41,7 +41,9 @@ constexpr int gainCell(int piece, Move m) { return piece * 4096 + moveSquares(m)
 // The history counter of a piece moving to a square: piece * 64 + to.
 constexpr int historyCell(int piece, int to) { return piece * 64 + to; }
 
-// Each generator writes a list ended by 0 and returns the place of the terminator.
+// Each generator writes a list ended by 0 and returns the place of the terminator. It is called as
+// `generateCaptures<Us>(...)` where the colour is known at compile time (the search), else through
+// its named instances.
 template <Color Us> MoveWord* generateCaptures(const Position& pos, MoveWord* list, Bitboard targets);
 template <Color Us> MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask);
 template <Color Us> MoveWord* generateQuiet(const Position& pos, MoveWord* list, int threshold);

@@ -220,7 +220,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
       return lateMoveChild<Us, ChildRole>(pos, beta, depth - 2 + extension,
                                           quietStage && count.n >= params::LmrMinMoves, log2Floor(count.n + 1));
     });
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     count.next();
     if (!score) continue;
     ++searched;
@@ -243,7 +243,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
 // Step 8. Singular extension of the table move: how many half-plies it earns (0 to 4).
 template <Color Us>
 inline int singularExtension(Position& pos, int beta, int depth, Move ttMove) {
-  if (depth < params::SingularMinDepth || !ttMove || !pseudoLegal<Us>(pos, ttMove)) return 0;
+  if (depth < params::SingularMinDepth || !ttMove || !isPseudoLegal<Us>(pos, ttMove)) return 0;
   const int h = std::min(depth / 2, params::SingularMaxReduction);
   int extension = 0;
   const int beta1 = beta - depth;

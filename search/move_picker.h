@@ -5,7 +5,8 @@
 #include <climits>
 
 #include "board/bitboard.h"
-#include "search/colour_ops.h"
+#include "board/legality.h"
+#include "board/movegen.h"
 
 namespace tavrin {
 
@@ -85,7 +86,7 @@ inline void insertionSort(MoveWord* begin, MoveWord* end) {
 
 template <Color Us>
 inline bool killerPlayable(const Position& pos, const MovePicker& mp, Move k) {
-  return k != 0 && k != mp.ttMove && pos.board[moveTo(k)] == NoPiece && pseudoLegal<Us>(pos, k);
+  return k != 0 && k != mp.ttMove && pos.board[moveTo(k)] == NoPiece && isPseudoLegal<Us>(pos, k);
 }
 
 }  // namespace picker_detail
@@ -100,19 +101,19 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
       case StageReducedTtMove:
       case StageShallowTtMove:
         ++mp.stage;
-        if (mp.ttMove && pseudoLegal<Us>(pos, mp.ttMove)) return mp.ttMove;
+        if (mp.ttMove && isPseudoLegal<Us>(pos, mp.ttMove)) return mp.ttMove;
         break;
 
       case StageGenCaptures:
       case StageShallowGenCaptures:
         mp.cur = mp.moves;
-        mp.end = genCaptures<Us>(pos, mp.moves, captureTargets<Us>(pos));
+        mp.end = generateCaptures<Us>(pos, mp.moves, captureTargets<Us>(pos));
         ++mp.stage;
         break;
 
       case StageReducedGenCaptures:
         mp.cur = mp.moves;
-        mp.end = genCaptures<Us>(pos, mp.moves, mp.targets);
+        mp.end = generateCaptures<Us>(pos, mp.moves, mp.targets);
         ++mp.stage;
         break;
 
@@ -138,7 +139,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
         ++mp.stage;
         if (mp.stage == StageShallowChecks) {
           // The quiet checks are kept in the second list so that stage 16 can skip them.
-          MoveWord* e = genQuietChecks<Us>(pos, mp.postponed);
+          MoveWord* e = generateQuietChecks<Us>(pos, mp.postponed);
           mp.postponedCount = int(e - mp.postponed);
           mp.postponedRead = 0;
         }
@@ -160,7 +161,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
         mp.stage = StageQuiet;
         {
           // Generate the quiet moves, without the table move and the killers, and sort them.
-          MoveWord* end = genRemaining<Us>(pos, mp.moves, NoGainMargin);
+          MoveWord* end = generateRemaining<Us>(pos, mp.moves, NoGainMargin);
           Move k1 = pos.st().killer1, k2 = pos.st().killer2;
           MoveWord* out = mp.moves;
           for (MoveWord* p = mp.moves; p < end; ++p) {
@@ -185,7 +186,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
 
       case StageReducedGenChecks:
         mp.cur = mp.moves;
-        mp.end = genQuietChecks<Us>(pos, mp.moves);
+        mp.end = generateQuietChecks<Us>(pos, mp.moves);
         mp.stage = StageReducedChecks;
         break;
 
@@ -204,7 +205,7 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
         }
         mp.stage = StageShallowRemaining;
         mp.cur = mp.moves;
-        mp.end = genRemaining<Us>(pos, mp.moves, mp.margin);
+        mp.end = generateRemaining<Us>(pos, mp.moves, mp.margin);
         break;
 
       case StageShallowRemaining:
@@ -238,9 +239,9 @@ struct EvasionPicker {
   template <Color Us>
   void init(const Position& pos, Move tableMove) {
     ttMove = moveOf(tableMove);
-    ttPending = ttMove && pseudoLegal<Us>(pos, ttMove);
+    ttPending = ttMove && isPseudoLegal<Us>(pos, ttMove);
     cur = moves;
-    end = genEvasions<Us>(pos, moves, ~Bitboard(0));
+    end = generateEvasions<Us>(pos, moves, ~Bitboard(0));
     picker_detail::insertionSort(moves, end);
   }
   // The next move (0 when exhausted) and whether it came from the table.

@@ -87,7 +87,7 @@ inline bool quiesceMove(Position& pos, Move m, int alpha, int beta, int depth, i
     score = -pvQuiesce<Them>(pos, -beta, -alpha, depth);
   else
     score = -quiesce<Them>(pos, -alpha, depth);
-  undoMove<Us>(pos, m);
+  unmakeMove<Us>(pos, m);
   return true;
 }
 
@@ -120,7 +120,7 @@ inline bool quiesceMoveDecides(Position& pos, Move m, Key key, int beta, int dep
 template <Color Us, class Decides, class ChecksAllowed>
 inline bool quiesceMoves(Position& pos, Bitboard targets, Move ttMove, Decides decides, ChecksAllowed checksAllowed) {
   MoveWord list[MaxMoves];
-  MoveWord* end = genCaptures<Us>(pos, list, targets);
+  MoveWord* end = generateCaptures<Us>(pos, list, targets);
   promoteTableMove(list, end, ttMove);
   for (MoveWord* cur = list; cur < end; ++cur) {
     const MoveWord w = picker_detail::selectBest(cur, end);
@@ -128,7 +128,7 @@ inline bool quiesceMoves(Position& pos, Bitboard targets, Move ttMove, Decides d
     if (decides(moveOf(w))) return true;
   }
   if (!checksAllowed()) return false;
-  end = genQuietChecks<Us>(pos, list);
+  end = generateQuietChecks<Us>(pos, list);
   for (MoveWord* cur = list; cur < end; ++cur)
     if (decides(moveOf(*cur))) return true;
   return false;

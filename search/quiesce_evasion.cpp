@@ -34,7 +34,7 @@ int quiesceEvasionNode(Position& pos, int beta, int depth) {
 
   // Step 5. Generate; a single forced reply costs no depth.
   MoveWord list[MaxMoves];
-  MoveWord* end = genEvasions<Us>(pos, list, mask);
+  MoveWord* end = generateEvasions<Us>(pos, list, mask);
   if (end - list > 1) --depth;
   promoteTableMove(list, end, ttMove);
 

@@ -68,7 +68,7 @@ void maybePrintPv(Position& pos, int depth, int score) {
 template <Color Us>
 int makeRootMove(Position& pos, Move m, int k, int depth, bool& check) {
   const bool passed = isPassedPawnPush<Us>(pos, m, 3);
-  doMove<Us>(pos, m);
+  makeMove<Us>(pos, m);
   evaluate(pos, -32767, 32767, m);
   pos.st().nullBits = 3;
   check = childInCheck<~Us>(pos);
@@ -126,7 +126,7 @@ int rootSearch(Position& pos, int alpha, int beta, int depth) {
         if (score > alpha && !pos.stopFlag) score = -pvSearch<Them>(pos, -beta, -alpha, d);
       }
     }
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     if (pos.stopFlag) return best;
 
     setRecordScore(record, score > alpha ? score : alpha);
@@ -175,7 +175,7 @@ int rootSearchMulti(Position& pos, int, int, int depth) {
       score = rootNullWindow<Them>(pos, floor, d, check);
       if (score > floor && !pos.stopFlag) score = -pvSearch<Them>(pos, -MateScore, -floor, d);
     }
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     if (pos.stopFlag) return recordScore(RootMoves[0]);
 
     setRecordScore(record, std::max(score, floor));
@@ -202,7 +202,7 @@ int buildRootList(Position& pos) {
     const Move m = moveOf(*p);
     if (!m) break;
     if (!makeAndEvaluate<Us>(pos, m, -32767, 32767)) continue;
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     RootMoves[n++] = RootMove{recordWord(m, NoScoreYet), {}};
   }
   RootMoves[n] = RootMove{};

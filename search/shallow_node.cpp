@@ -89,7 +89,7 @@ int shallowNode(Position& pos, int beta, int depth) {
       return lateMoveChild<Us, Role::Cut>(pos, beta, depth - 2 + extension,
                                           quietStage && count.n >= params::LmrMinMoves, log2Floor(count.n + 1));
     });
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     count.next();
     if (!child) continue;
     if (pos.stopFlag) return 0;
