@@ -137,3 +137,21 @@ TEST_F(GoCommand, SearchMoves) {
   EXPECT_EQ(Limits.searchMoves[254], makeMove(E2, E4));
   EXPECT_EQ(Limits.searchMoves[255], NoMove);
 }
+
+// A word whose squares are off the board is no move: skipped like any unmatched word.
+TEST_F(GoCommand, SearchMovesOffTheBoardAreSkipped) {
+  const struct {
+    const char* line;
+    Move list[3];   // ended by NoMove
+  } cases[] = {
+      {"go searchmoves i1a4 e2e4", {makeMove(E2, E4), NoMove}},   // i1 is not read as a2
+      {"go searchmoves e2m3 a9a8 a0a1 d2d4", {makeMove(D2, D4), NoMove}},
+      {"go searchmoves e2e4 i0e4 g1f3", {makeMove(E2, E4), makeMove(G1, F3), NoMove}},
+      {"go searchmoves i1a4", {NoMove}},
+  };
+  for (const auto& c : cases) {
+    go(c.line);
+    EXPECT_EQ(Limits.searchMovesFlag, 1) << c.line;
+    for (int i = 0; i == 0 || c.list[i - 1]; ++i) EXPECT_EQ(Limits.searchMoves[i], c.list[i]) << c.line << " " << i;
+  }
+}
