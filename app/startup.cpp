@@ -29,7 +29,6 @@ void initializeEngine() {
 
   for (Position& record : SearchRecords) initPosition(record);
   initSplitPoints();
-  Engine.threadCount = 1;
 
   if (Engine.hashMegabytes == 0) Engine.hashMegabytes = 60;
   if (Engine.pawnHashMegabytes == 0) Engine.pawnHashMegabytes = 8;

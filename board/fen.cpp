@@ -118,8 +118,8 @@ bool setFromFen(Position& pos, const char* fen) {
   int ep = 0;
   if (*s == '-') {
     ++s;
-  } else if (*s >= 'a' && *s <= 'h' && s[1] >= '1' && s[1] <= '8') {
-    ep = makeSquare(s[0] - 'a', s[1] - '1');
+  } else if (const int sq = squareFromText(s); sq >= 0) {
+    ep = sq;
     s += 2;
   } else {
     return false;

@@ -19,6 +19,14 @@ bool setFromFen(Position& pos, const char* fen);
 std::string toFen(const Position& pos);
 
 // The pieces of both FEN readers (the strict one above, the engine's position command):
+// The square two characters name, file a-h then rank 1-8; -1 for anything else (the position
+// command's move text reads its squares with it too). Nothing past a character outside those
+// ranges is read, so a text that ends early is safe.
+constexpr int squareFromText(const char* text) {
+  return text[0] >= 'a' && text[0] <= 'h' && text[1] >= '1' && text[1] <= '8'
+             ? makeSquare(text[0] - 'a', text[1] - '1')
+             : -1;
+}
 // The piece code a placement letter puts on a square (a bishop by the colour of its square), 0
 // for any other character.
 int pieceFromLetter(char letter, int square);

@@ -7,6 +7,7 @@
 namespace tavrin {
 
 // Is the move playable by the side to move? Reads the attack sets of the current entry.
+// `isPseudoLegal<Us>(...)` where the colour is known at compile time, else a named instance.
 template <Color Us> bool isPseudoLegal(const Position& pos, Move m);
 bool isPseudoLegalWhite(const Position& pos, Move m);
 bool isPseudoLegalBlack(const Position& pos, Move m);

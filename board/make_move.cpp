@@ -97,7 +97,7 @@ void makeMove(Position& pos, Move m) {
   const Bitboard fromBit = bit(from), toBit = bit(to);
 
   st->rule50++;
-  st->move = Move(m & 0x7FFF);  // list words may carry a key bit in bit 15
+  st->move = moveOf(m);
 
   const int castle = st->castle;
   const int kept = castle & CastleMask[from] & CastleMask[to];
@@ -292,9 +292,9 @@ Move moveFromSquares(const Position& pos, Move m) {
   const int from = moveFrom(m), to = moveTo(m);
   const int piece = pos.board[from];
   if (kindOf(piece) == King && (to - from == 2 || from - to == 2))
-    return Move(m | (CastlingMove << 12));
+    return addKind(m, CastlingMove);
   if (kindOf(piece) == Pawn && pos.state->epSquare != 0 && to == pos.state->epSquare)
-    return Move(m | (EnPassantMove << 12));
+    return addKind(m, EnPassantMove);
   return m;
 }
 

@@ -5,6 +5,8 @@
 
 namespace tavrin {
 
+// The make and unmake of a colour: `makeMove<Us>(...)` where the colour is known at compile time
+// (the search), the named instances where a caller picks by sideToMove.
 template <Color Us> void makeMove(Position& pos, Move m);
 template <Color Us> void unmakeMove(Position& pos, Move m);
 

@@ -15,14 +15,25 @@ namespace tavrin {
 std::uint32_t CaptureKey[16][16];
 
 namespace {
-// CaptureKey without the non-capture bit 15, for the legal list whose low half is the move.
+// CaptureKey without NonCaptureMark, for the legal list whose low half is the move.
 std::uint32_t LegalKey[16][16];
+
+// Sort keys of promotions. A queen push sorts above every capture, a knight push that checks just
+// below the captures of a rook. A promotion that captures raises its capture key: the queen by
+// QueenCaptureRaise (by EvasionQueenRaise when it takes the checker), the checking knight by
+// CheckingKnightCaptureRaise.
+constexpr MoveWord QueenPushKey = 0xD8000000u;
+constexpr MoveWord CheckingKnightPushKey = 0xC2000000u;
+constexpr MoveWord QueenCaptureRaise = 0x28000000u;
+constexpr MoveWord CheckingKnightCaptureRaise = 0x1A000000u;
+constexpr MoveWord EvasionQueenRaise = 0x20000000u;
 }  // namespace
 
 void initCaptureKeys() {
   // Rows by attacker kind, columns by victim kind (0 empty, 1 pawn, 2 knight, 3 king never
   // captured, 4 and 5 bishops, 6 rook, 7 queen). The top byte orders most valuable victim
-  // first, then cheapest attacker; bit 21 marks a winning and bit 20 an even capture.
+  // first, then cheapest attacker; bit 21 marks a winning and bit 20 an even capture, bit 15 a
+  // quiet move of every piece but the king.
   static constexpr std::uint32_t ByKind[8][8] = {
       {},
       {0x06008000, 0xB0100000, 0xB8200000, 0, 0xC0200000, 0xC0200000, 0xC8200000, 0xD0200000},  // pawn
@@ -43,33 +54,28 @@ void initCaptureKeys() {
     }
   }
   for (int a = 0; a < 16; ++a)
-    for (int v = 0; v < 16; ++v) LegalKey[a][v] = CaptureKey[a][v] & ~std::uint32_t(0x8000);
+    for (int v = 0; v < 16; ++v) LegalKey[a][v] = CaptureKey[a][v] & ~NonCaptureMark;
 }
 
 namespace {
-
-constexpr MoveWord word(int from, int to, int kind = NormalMove) {
-  return MoveWord((kind << 12) | (from << 6) | to);
-}
 
 // Writes the moves of one piece onto targets, keyed by attacker and victim.
 inline MoveWord* addPieceMoves(const Position& pos, MoveWord* list, int piece, int from, Bitboard targets,
                                const std::uint32_t (&table)[16][16] = CaptureKey) {
   const std::uint32_t* keys = table[piece];
-  const MoveWord base = MoveWord(from << 6);
   while (targets) {
     const int to = popLowest(targets);
-    *list++ = keys[pos.board[to]] | base | MoveWord(to);
+    *list++ = keys[pos.board[to]] | makeMove(from, to);
   }
   return list;
 }
 
 // The four promotions of one pawn move, queen first; only the queen carries a key.
 inline MoveWord* addPromotions(MoveWord* list, int from, int to, std::uint32_t queenKey) {
-  *list++ = queenKey | word(from, to, PromoteQueen);
-  *list++ = word(from, to, PromoteKnight);
-  *list++ = word(from, to, PromoteRook);
-  *list++ = word(from, to, PromoteBishop);
+  *list++ = queenKey | makeMove(from, to, PromoteQueen);
+  *list++ = makeMove(from, to, PromoteKnight);
+  *list++ = makeMove(from, to, PromoteRook);
+  *list++ = makeMove(from, to, PromoteBishop);
   return list;
 }
 
@@ -160,7 +166,7 @@ template <Color Us>
 inline MoveWord* addEnPassant(const Position& pos, MoveWord* list, int from, int e) {
   using T = ColorTraits<Us>;
   if (from >= 0 && from < 64 && pos.board[from] == T::OwnPawn && std::abs(fileOf(from) - fileOf(e)) == 1)
-    *list++ = CaptureKey[T::OwnPawn][T::EnemyPawn] | word(from, e, EnPassantMove);
+    *list++ = CaptureKey[T::OwnPawn][T::EnemyPawn] | makeMove(from, e, EnPassantMove);
   return list;
 }
 
@@ -191,11 +197,11 @@ MoveWord* generateCaptures(const Position& pos, MoveWord* list, Bitboard targets
     const std::uint32_t* pawnKeys = CaptureKey[T::OwnPawn];
     for (Bitboard b = shift<G::UpWest>(pawns) & targets; b;) {
       const int to = popLowest(b);
-      *list++ = pawnKeys[pos.board[to]] | word(to - G::UpWest, to);
+      *list++ = pawnKeys[pos.board[to]] | makeMove(to - G::UpWest, to);
     }
     for (Bitboard b = shift<G::UpEast>(pawns) & targets; b;) {
       const int to = popLowest(b);
-      *list++ = pawnKeys[pos.board[to]] | word(to - G::UpEast, to);
+      *list++ = pawnKeys[pos.board[to]] | makeMove(to - G::UpEast, to);
     }
     list = addPieceMovesOnto<Us>(pos, list, targets);
     const int k = pos.kingSquare(Us);
@@ -208,14 +214,14 @@ MoveWord* generateCaptures(const Position& pos, MoveWord* list, Bitboard targets
     const int s = popLowest(b);
     const int push = s + G::Up;
     if (!pos.board[push]) {
-      *list++ = 0xD8000000u | word(s, push, PromoteQueen);
-      if (knightAttacks(push) & enemyKing) *list++ = 0xC2000000u | word(s, push, PromoteKnight);
+      *list++ = QueenPushKey | makeMove(s, push, PromoteQueen);
+      if (knightAttacks(push) & enemyKing) *list++ = CheckingKnightPushKey | makeMove(s, push, PromoteKnight);
     }
     auto capture = [&](int to) {
       if (!(targets & bit(to))) return;
       const std::uint32_t key = CaptureKey[T::OwnPawn][pos.board[to]];
-      *list++ = (key + 0x28000000u) | word(s, to, PromoteQueen);
-      if (knightAttacks(to) & enemyKing) *list++ = (key + 0x1A000000u) | word(s, to, PromoteKnight);
+      *list++ = (key + QueenCaptureRaise) | makeMove(s, to, PromoteQueen);
+      if (knightAttacks(to) & enemyKing) *list++ = (key + CheckingKnightCaptureRaise) | makeMove(s, to, PromoteKnight);
     };
     if (fileOf(s) != 0) capture(s + G::UpWest);
     if (fileOf(s) != 7) capture(s + G::UpEast);
@@ -234,7 +240,7 @@ MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask) {
   using G = Geometry<Us>;
   const StateEntry& st = *pos.state;
   const Bitboard* p = pos.pieces;
-  const Bitboard checkers = Us == White ? st.whiteKingAttackers : st.blackKingAttackers;
+  const Bitboard checkers = kingAttackers<Us>(st);
   if (!checkers) {
     *list = 0;
     return list;
@@ -264,8 +270,8 @@ MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask) {
     auto pawnCapture = [&](int from, bool fileOk) {
       if (!fileOk || from < 0 || from > 63 || pos.board[from] != T::OwnPawn) return;
       const std::uint32_t key = pawnKeys[pos.board[c]];
-      if (bit(c) & G::Rank8Rel) list = addPromotions(list, from, c, key + 0x20000000u);
-      else *list++ = key | word(from, c);
+      if (bit(c) & G::Rank8Rel) list = addPromotions(list, from, c, key + EvasionQueenRaise);
+      else *list++ = key | makeMove(from, c);
     };
     pawnCapture(fromWest, fromWest >= 0 && fromWest < 64 && fileOf(fromWest) != 7);
     pawnCapture(fromEast, fromEast >= 0 && fromEast < 64 && fileOf(fromEast) != 0);
@@ -281,11 +287,11 @@ MoveWord* generateEvasions(const Position& pos, MoveWord* list, Bitboard mask) {
   for (Bitboard b = shift<G::Up>(p[T::OwnPawn]) & targets & empty; b;) {
     const int to = popLowest(b);
     if (bit(to) & G::Rank8Rel) list = addPromotions(list, to - G::Up, to, pawnKeys[0]);
-    else *list++ = pawnKeys[0] | word(to - G::Up, to);
+    else *list++ = pawnKeys[0] | makeMove(to - G::Up, to);
   }
   for (Bitboard b = shift<G::Up>(shift<G::Up>(p[T::OwnPawn] & G::Rank2Rel) & empty) & targets & empty; b;) {
     const int to = popLowest(b);
-    *list++ = pawnKeys[0] | word(to - 2 * G::Up, to);
+    *list++ = pawnKeys[0] | makeMove(to - 2 * G::Up, to);
   }
 
   list = addPieceMovesOnto<Us>(pos, list, targets);
@@ -313,13 +319,17 @@ inline void sortDescending(MoveWord* begin, MoveWord* end) {
   }
 }
 
+inline int gainOf(int piece, int from, int to) { return GainTable[gainCell(piece, makeMove(from, to))]; }
+
+// Writes the move keyed by its gain when the gain reaches the threshold.
+inline MoveWord* addGainMove(MoveWord* list, int piece, int from, int to, int threshold) {
+  const int gain = gainOf(piece, from, to);
+  if (gain >= threshold) *list++ = keyedWord(std::uint16_t(gain), makeMove(from, to));
+  return list;
+}
+
 inline MoveWord* addGainMoves(MoveWord* list, int piece, int from, Bitboard targets, int threshold) {
-  const std::int16_t* gains = GainTable + piece * 4096 + from * 64;
-  while (targets) {
-    const int to = popLowest(targets);
-    const int gain = gains[to];
-    if (gain >= threshold) *list++ = (MoveWord(gain) << 16) | word(from, to);
-  }
+  while (targets) list = addGainMove(list, piece, from, popLowest(targets), threshold);
   return list;
 }
 
@@ -333,11 +343,7 @@ MoveWord* generateQuiet(const Position& pos, MoveWord* list, int threshold) {
   MoveWord* const begin = list;
 
   // 1. Pawns: each double step before the single step of the same pawn.
-  const std::int16_t* pawnGains = GainTable + T::OwnPawn * 4096;
-  forEachPawnPush<Us>(pos, [&](int from, int to) {
-    const int gain = pawnGains[from * 64 + to];
-    if (gain >= threshold) *list++ = (MoveWord(gain) << 16) | word(from, to);
-  });
+  forEachPawnPush<Us>(pos, [&](int from, int to) { list = addGainMove(list, T::OwnPawn, from, to, threshold); });
   // 2-5. Knights, light then dark bishops, rooks, queens.
   for (Bitboard b = p[T::OwnKnight]; b;) {
     const int from = popLowest(b);
@@ -409,7 +415,7 @@ struct CheckInfo {
 };
 
 inline MoveWord historyWord(int piece, int from, int to, int kind = NormalMove) {
-  return (MoveWord(HistoryTable[piece * 64 + to]) << 16) | word(from, to, kind);
+  return keyedWord(HistoryTable[historyCell(piece, to)], makeMove(from, to, kind));
 }
 
 // Writes the quiet moves of one piece keyed by history. With Filter, a move whose gain is below
@@ -418,11 +424,10 @@ template <bool Filter, Color Us>
 inline MoveWord* addHistoryMoves(MoveWord* list, int piece, int from, Bitboard targets, int margin,
                                  const CheckInfo<Us>* checks) {
   if constexpr (Filter) {
-    const std::int16_t* gains = GainTable + piece * 4096 + from * 64;
     const Bitboard checking = checks->checkingTargets(kindOf(piece), from);
     while (targets) {
       const int to = popLowest(targets);
-      if (gains[to] >= margin || (checking & bit(to))) *list++ = historyWord(piece, from, to);
+      if (gainOf(piece, from, to) >= margin || (checking & bit(to))) *list++ = historyWord(piece, from, to);
     }
   } else {
     (void)margin, (void)checks;
@@ -453,12 +458,11 @@ MoveWord* remainingMoves(const Position& pos, MoveWord* list, int margin) {
   {
     Bitboard checking = 0, discoverers = 0;
     if constexpr (Filter) checking = checks->pawnSquares, discoverers = checks->discoverers;
-    const std::int16_t* gains = GainTable + T::OwnPawn * 4096;
     auto add = [&](int from, int to) {
       if constexpr (Filter) {
         const bool gives = (checking & bit(to)) ||
                            ((discoverers & bit(from)) && !(Attacks.line[checks->enemyKing][from] & bit(to)));
-        if (gains[from * 64 + to] < margin && !gives) return;
+        if (gainOf(T::OwnPawn, from, to) < margin && !gives) return;
       }
       *list++ = historyWord(T::OwnPawn, from, to);
     };
@@ -489,10 +493,9 @@ MoveWord* remainingMoves(const Position& pos, MoveWord* list, int margin) {
   for (Bitboard b = p[T::OwnPawn] & G::Rank7Rel; b;) {
     const int s = popLowest(b);
     auto under = [&](int to) {
-      const MoveWord key = MoveWord(HistoryTable[T::OwnPawn * 64 + to]) << 16;
-      if (!(knightAttacks(to) & enemyKing)) *list++ = key | word(s, to, PromoteKnight);
-      *list++ = key | word(s, to, PromoteRook);
-      *list++ = key | word(s, to, PromoteBishop);
+      if (!(knightAttacks(to) & enemyKing)) *list++ = historyWord(T::OwnPawn, s, to, PromoteKnight);
+      *list++ = historyWord(T::OwnPawn, s, to, PromoteRook);
+      *list++ = historyWord(T::OwnPawn, s, to, PromoteBishop);
     };
     if (!pos.board[s + G::Up]) under(s + G::Up);
     if (fileOf(s) != 0 && (victims & bit(s + G::UpWest))) under(s + G::UpWest);
@@ -562,7 +565,7 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
     kingTargets &= Attacks.kingEscape[k][popLowest(sliders)];
   for (Bitboard b = kingTargets; b;) {
     const int to = popLowest(b);
-    if (!isAttackedBy<Them>(pos, to)) *list++ = LegalKey[T::OwnKing][pos.board[to]] | word(k, to);
+    if (!isAttackedBy<Them>(pos, to)) *list++ = LegalKey[T::OwnKing][pos.board[to]] | makeMove(k, to);
   }
   if (moreThanOne(checkers)) {
     *list = 0;
@@ -579,19 +582,19 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
   const Bitboard single = shift<G::Up>(pawns) & empty;
   for (Bitboard b = single & targets; b;) {
     const int to = popLowest(b);
-    if (allowed(to - G::Up) & bit(to)) *list++ = pawnKeys[0] | word(to - G::Up, to);
+    if (allowed(to - G::Up) & bit(to)) *list++ = pawnKeys[0] | makeMove(to - G::Up, to);
   }
   for (Bitboard b = shift<G::Up>(single & G::Rank3Rel) & empty & targets; b;) {
     const int to = popLowest(b);
-    if (allowed(to - 2 * G::Up) & bit(to)) *list++ = pawnKeys[0] | word(to - 2 * G::Up, to);
+    if (allowed(to - 2 * G::Up) & bit(to)) *list++ = pawnKeys[0] | makeMove(to - 2 * G::Up, to);
   }
   for (Bitboard b = shift<G::UpWest>(pawns) & enemy & targets; b;) {
     const int to = popLowest(b);
-    if (allowed(to - G::UpWest) & bit(to)) *list++ = pawnKeys[pos.board[to]] | word(to - G::UpWest, to);
+    if (allowed(to - G::UpWest) & bit(to)) *list++ = pawnKeys[pos.board[to]] | makeMove(to - G::UpWest, to);
   }
   for (Bitboard b = shift<G::UpEast>(pawns) & enemy & targets; b;) {
     const int to = popLowest(b);
-    if (allowed(to - G::UpEast) & bit(to)) *list++ = pawnKeys[pos.board[to]] | word(to - G::UpEast, to);
+    if (allowed(to - G::UpEast) & bit(to)) *list++ = pawnKeys[pos.board[to]] | makeMove(to - G::UpEast, to);
   }
   if (promoting) {
     auto promote = [&](Bitboard tos, int delta) {
@@ -600,10 +603,10 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
         const int from = to - delta;
         if (!(allowed(from) & bit(to))) continue;
         const std::uint32_t key = pawnKeys[pos.board[to]];
-        *list++ = (key + 0x28000000u) | word(from, to, PromoteQueen);
-        *list++ = key | word(from, to, PromoteKnight);
-        *list++ = key | word(from, to, PromoteRook);
-        *list++ = key | word(from, to, PromoteBishop);
+        *list++ = (key + QueenCaptureRaise) | makeMove(from, to, PromoteQueen);
+        *list++ = key | makeMove(from, to, PromoteKnight);
+        *list++ = key | makeMove(from, to, PromoteRook);
+        *list++ = key | makeMove(from, to, PromoteBishop);
       }
     };
     promote(shift<G::Up>(promoting) & empty, G::Up);
@@ -622,7 +625,7 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
       const Bitboard attackers = (knightAttacks(k) & p[T::EnemyKnight]) |
                                  (Attacks.pawn[Us][k] & p[T::EnemyPawn] & ~bit(victim)) |
                                  (slowBishopAttacks(k, occ) & bishops) | (slowRookAttacks(k, occ) & rooks);
-      if (!attackers) *list++ = pawnKeys[T::EnemyPawn] | word(from, e, EnPassantMove);
+      if (!attackers) *list++ = pawnKeys[T::EnemyPawn] | makeMove(from, e, EnPassantMove);
     }
   }
 
@@ -633,7 +636,7 @@ MoveWord* generateLegal(const Position& pos, MoveWord* list) {
   if (!checkers)
     forEachCastling<Us>(
         pos, [&](int s) { return isAttackedBy<Them>(pos, s); },
-        [&](int from, int to) { *list++ = LegalKey[T::OwnKing][0] | word(from, to, CastlingMove); });
+        [&](int from, int to) { *list++ = LegalKey[T::OwnKing][0] | makeMove(from, to, CastlingMove); });
   *list = 0;
   return list;
 }

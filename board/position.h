@@ -45,6 +45,12 @@ struct StateEntry {
   Bitboard pawnThreats;         // squares on which the side to move can win a pawn
 };
 
+// The pieces attacking a colour's king, as the last attack summary or check computation left them.
+template <Color C>
+inline Bitboard kingAttackers(const StateEntry& st) {
+  return C == White ? st.whiteKingAttackers : st.blackKingAttackers;
+}
+
 static_assert(sizeof(StateEntry) == 128, "a state entry is 128 bytes");
 static_assert(offsetof(StateEntry, capturedPiece) == 31, "a make copies the first 32 bytes");
 static_assert(offsetof(StateEntry, attackedByWhite) == 32);

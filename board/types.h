@@ -53,19 +53,32 @@ constexpr bool isDarkSquare(int sq) { return (DarkSquares >> sq) & 1; }
 // Castling rights.
 enum CastlingRight : int { WhiteKingSide = 1, WhiteQueenSide = 2, BlackKingSide = 4, BlackQueenSide = 8 };
 
-// Move: to in bits 0-5, from in bits 6-11, kind in bits 12-14.
+// Move: to in bits 0-5, from in bits 6-11, kind in bits 12-14. Bit 15 is never part of a move;
+// words that hold a move in their low bits (move-list words, root records) may set it or more.
 enum MoveKind : int {
   NormalMove = 0, CastlingMove = 1, EnPassantMove = 3,
   PromoteKnight = 4, PromoteBishop = 5, PromoteRook = 6, PromoteQueen = 7,
 };
 constexpr Move NoMove = 0;
+constexpr int MoveFromShift = 6;
+constexpr int MoveKindShift = 12;
+constexpr Move MoveSquareBits = 0x0FFF;   // from and to: from * 64 + to
+constexpr Move MoveBits = 0x7FFF;         // to, from and kind
 constexpr int moveTo(Move m) { return m & 63; }
-constexpr int moveFrom(Move m) { return (m >> 6) & 63; }
-constexpr int moveKind(Move m) { return (m >> 12) & 7; }
+constexpr int moveFrom(Move m) { return (m >> MoveFromShift) & 63; }
+constexpr int moveKind(Move m) { return (m >> MoveKindShift) & 7; }
+constexpr int moveSquares(Move m) { return m & MoveSquareBits; }
 constexpr bool isPromotion(Move m) { return moveKind(m) >= PromoteKnight; }
+// En passant or a promotion: one of the kind bits 13 and 14 set (castling has bit 12 only).
+constexpr bool isEnPassantOrPromotion(Move m) { return moveKind(m) > CastlingMove; }
+// The move with a kind added to the kind bits it has.
+constexpr Move addKind(Move m, int kind) { return Move(m | (kind << MoveKindShift)); }
 constexpr Move makeMove(int from, int to, int kind = NormalMove) {
-  return Move((kind << 12) | (from << 6) | to);
+  return addKind(Move((from << MoveFromShift) | to), kind);
 }
+// The move in the low bits of a word: bit 15 and everything above it stripped. The one place
+// that strips them, for list words, root records and moves about to be stored or played.
+constexpr Move moveOf(std::uint32_t word) { return Move(word & MoveBits); }
 
 // Scores: centipawns from the side to move's point of view in the search.
 constexpr int MateScore = 22000;

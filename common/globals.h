@@ -9,7 +9,6 @@ struct EngineGlobals {
   std::int32_t hashMegabytes = 126;
   std::int32_t pawnHashMegabytes = 8;
   std::int32_t multiPV = 1;
-  std::int32_t threadCount = 1;
   // Evaluation weights; reduced strength rewrites them at every go.
   std::int32_t materialWeight = 100;
   std::int32_t positionalWeight = 102;
@@ -27,13 +26,6 @@ struct EngineGlobals {
   std::uint8_t firstSearch = 1;        // the next go is the first of the game
   std::int32_t limitStrength = 0;
   std::int32_t limitElo = 0;           // the advertised default is never stored
-  std::int32_t lastSearchDepth = 1000;
-  // Fixed search settings.
-  std::int32_t nullReduction = 3;
-  std::int32_t verificationOn = 1;
-  std::int32_t verificationReduction = 3;
-  std::int32_t lazyMargin = 884;
-  std::int32_t quiesceLazyMargin = 442;
 };
 extern EngineGlobals Engine;
 
@@ -45,7 +37,6 @@ struct SearchLimits {
   std::int32_t depthGiven = 0;
   std::int64_t nodeLimit = 0;
   std::int32_t nodeLimitFlag = 0;
-  std::int32_t movetimeFlag = 0;
   std::int64_t softTarget = NoLimit;
   std::int64_t hardLimit = NoLimit;
   std::int64_t quarterTarget = NoLimit;
@@ -53,17 +44,12 @@ struct SearchLimits {
   std::int64_t threeQuarterTargetPoll = NoLimit;   // second copy, read by the input poll
   std::int64_t lastProgressTime = 0;
   std::int64_t startTime = 0;                      // wall clock at search start
-  std::int64_t startCpuTime = 0;                   // process CPU time at search start
   std::int64_t wtime = NoLimit, btime = NoLimit;
   std::int64_t winc = 0, binc = 0;
   std::int32_t movesToGo = 0;
   std::uint8_t searchMovesFlag = 0;
   std::uint16_t searchMoves[256] = {};             // moves, ended by 0
   std::uint8_t analysis = 0;                       // no hard time limit was set
-  std::int32_t periodMovesToGo = 0, previousMovesToGo = 0;
-  std::int64_t periodClockWhite = 0, periodClockBlack = 0, periodClockToMove = 0;
-  std::int64_t increment = 0;
-  std::int64_t incrementClass = 2500;
 };
 extern SearchLimits Limits;
 

@@ -19,7 +19,6 @@
 #include <cerrno>
 #include <poll.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <time.h>
 #include <unistd.h>
 #endif
@@ -71,13 +70,6 @@ void prepareStandardStreams() {
 }
 
 std::int64_t wallClockMicros() { return std::int64_t(timeGetTime()) * 1000; }
-
-std::int64_t processCpuMicros() {
-  FILETIME creation, exit, kernel, user;
-  if (!GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user)) return 0;
-  auto ticks = [](const FILETIME& t) { return (std::int64_t(t.dwHighDateTime) << 32) | t.dwLowDateTime; };
-  return (ticks(kernel) + ticks(user)) / 10;
-}
 
 namespace {
 
@@ -228,13 +220,6 @@ std::int64_t wallClockMicros() {
   clock_gettime(CLOCK_MONOTONIC, &now);
   // Millisecond resolution, like the clock the time allocation was tuned with.
   return (std::int64_t(now.tv_sec) * 1000 + now.tv_nsec / 1000000) * 1000;
-}
-
-std::int64_t processCpuMicros() {
-  rusage usage;
-  if (getrusage(RUSAGE_SELF, &usage) != 0) return 0;
-  return (std::int64_t(usage.ru_utime.tv_sec) + usage.ru_stime.tv_sec) * 1000000 +
-         usage.ru_utime.tv_usec + usage.ru_stime.tv_usec;
 }
 
 bool stdinReadable() {

@@ -10,8 +10,6 @@ namespace tavrin {
 void prepareStandardStreams();
 // Wall clock in microseconds: a monotonic millisecond clock times 1000.
 std::int64_t wallClockMicros();
-// Processor time used by the process, in microseconds.
-std::int64_t processCpuMicros();
 // True when standard input has bytes waiting or has reached its end (a read will not block).
 bool stdinReadable();
 // Reads up to n bytes from standard input; returns the count, 0 at end of input.

@@ -35,7 +35,7 @@ void updateGain(Position& pos, Move lastMove) {
   int gain = st.positionalEval - prev.positionalEval;
   if (pos.sideToMove == White) gain = -gain;   // Black made the move
   gain = gain > 32767 ? 32767 : gain < -32768 ? -32768 : gain;
-  std::int16_t& cell = GainTable[pos.board[moveTo(lastMove)] * 4096 + (lastMove & 0xFFF)];
+  std::int16_t& cell = GainTable[gainCell(pos.board[moveTo(lastMove)], lastMove)];
   if (cell > gain) cell = std::int16_t(cell - 1);
   else cell = std::int16_t(gain);
 }

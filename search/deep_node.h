@@ -84,13 +84,14 @@ struct MoveCount {
 };
 
 // The largest positional gain seen for this move of this piece (the gain table of the evaluation).
-inline int gainOf(const Position& pos, Move m) { return GainTable[pos.board[moveFrom(m)] * 4096 + (m & 0xFFF)]; }
+inline int gainOf(const Position& pos, Move m) { return GainTable[gainCell(pos.board[moveFrom(m)], m)]; }
 
-// Gain futility's move test: a quiet move without flag bits, from a square outside `exempt`, whose
-// best gain ever seen cannot lift the evaluation by `margin` to the threshold.
-inline bool futileGain(const Position& pos, MoveWord w, Bitboard exempt, int margin, int eval, int threshold) {
-  const Move m = wordMove(w);
-  return !(w & 0xE000) && !(exempt & bit(moveFrom(m))) && gainOf(pos, m) + margin + eval < threshold;
+// Gain futility's move test: a move of the quiet stage, neither en passant nor a promotion, from a
+// square outside `exempt`, whose best gain ever seen cannot lift the evaluation by `margin` to the
+// threshold. (The quiet stage's words come from the remaining-moves generator, keyed by history:
+// they never carry NonCaptureMark, so the move is all there is to test.)
+inline bool futileGain(const Position& pos, Move m, Bitboard exempt, int margin, int eval, int threshold) {
+  return !isEnPassantOrPromotion(m) && !(exempt & bit(moveFrom(m))) && gainOf(pos, m) + margin + eval < threshold;
 }
 
 // Move-count pruning's test on a child just made (not in check, not final): it captured nothing and
@@ -126,14 +127,12 @@ inline bool cutOffOrFailLow(Position& pos, Move m, int piece, int depth, bool qu
   return false;
 }
 
-// Exchange futility's move test: a quiet move that loses the exchange, unless it goes to the line's
-// last target or to a check-candidate square or the picker marked it safe.
+// Exchange futility's move test: a move of the quiet stage that loses the exchange, unless it goes
+// to the line's last target or to a check-candidate square.
 template <Color Us>
-inline bool futileExchange(const Position& pos, MoveWord w) {
-  const Move m = wordMove(w);
+inline bool futileExchange(const Position& pos, Move m) {
   const int to = moveTo(m);
-  return to != pos.search.lastTarget && !(pos.st().checkCandidates & bit(to)) && !(w & 0x8000) &&
-         exchangeLoses<Us>(pos, m);
+  return to != pos.search.lastTarget && !(pos.st().checkCandidates & bit(to)) && exchangeLoses<Us>(pos, m);
 }
 
 // Step 9. Razoring: how far the static evaluation lies below beta decides the picker's start.
@@ -180,7 +179,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
 
     const MoveWord w = nextMove<Us>(pos, mp);
     if (!w) break;
-    const Move m = wordMove(w);
+    const Move m = moveOf(w);
     if (m == excluded) continue;
     const int from = moveFrom(m), to = moveTo(m);
     const bool quietStage = mp.inQuietStage();
@@ -192,13 +191,13 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
     if (prunable && quietStage) {
       // Gain futility: even the best gain ever seen for this move cannot reach the threshold.
       if (count.n > params::FutilityMinMoves &&
-          futileGain(pos, w, st.checkCandidates, params::GainMarginShift << (depth - 6), eval, count.threshold)) {
+          futileGain(pos, m, st.checkCandidates, params::GainMarginShift << (depth - 6), eval, count.threshold)) {
         count.next();
         continue;
       }
       // Exchange futility: a quiet move that loses material when the node is not far ahead.
       if (eval + (params::ExchangeMarginShift << (depth - 6)) < beta + params::ExchangeFutilityBase &&
-          futileExchange<Us>(pos, w)) {
+          futileExchange<Us>(pos, m)) {
         count.next();
         continue;
       }
@@ -221,7 +220,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
       return lateMoveChild<Us, ChildRole>(pos, beta, depth - 2 + extension,
                                           quietStage && count.n >= params::LmrMinMoves, log2Floor(count.n + 1));
     });
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     count.next();
     if (!score) continue;
     ++searched;
@@ -244,7 +243,7 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
 // Step 8. Singular extension of the table move: how many half-plies it earns (0 to 4).
 template <Color Us>
 inline int singularExtension(Position& pos, int beta, int depth, Move ttMove) {
-  if (depth < params::SingularMinDepth || !ttMove || !pseudoLegal<Us>(pos, ttMove)) return 0;
+  if (depth < params::SingularMinDepth || !ttMove || !isPseudoLegal<Us>(pos, ttMove)) return 0;
   const int h = std::min(depth / 2, params::SingularMaxReduction);
   int extension = 0;
   const int beta1 = beta - depth;

@@ -39,7 +39,7 @@ int evasionNode(Position& pos, int beta, int depth) {
                                           k >= params::EvasionLmrMinMoves && !capture && m != ttMove,
                                           log2Floor(k) - params::EvasionLmrOffset);
     });
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     if (pos.stopFlag) return 0;
 
     // Step 11. Cut-off: history and killers as in every node.

@@ -9,7 +9,7 @@ namespace tavrin {
 constexpr std::uint16_t HistoryStart = 2048;
 constexpr int HistoryMax = 65280;
 
-inline std::uint16_t& historyOf(int piece, int to) { return HistoryTable[piece * 64 + to]; }
+inline std::uint16_t& historyOf(int piece, int to) { return HistoryTable[historyCell(piece, to)]; }
 
 // A quiet move that cut off: the counter moves toward its ceiling by depth / 256 of the distance.
 inline void historyBonus(int piece, int to, int depth) {
@@ -34,9 +34,9 @@ inline void updateKillers(StateEntry& st, Move m) {
 }
 
 // A move is quiet for history and killers when it captures nothing and is neither en passant
-// nor a promotion (kind bits 13 and 14 clear).
+// nor a promotion.
 inline bool isQuietMove(const Position& pos, Move m) {
-  return pos.board[moveTo(m)] == NoPiece && (m & 0x6000) == 0;
+  return pos.board[moveTo(m)] == NoPiece && !isEnPassantOrPromotion(m);
 }
 
 }  // namespace tavrin

@@ -5,7 +5,8 @@
 #include <climits>
 
 #include "board/bitboard.h"
-#include "search/colour_ops.h"
+#include "board/legality.h"
+#include "board/movegen.h"
 
 namespace tavrin {
 
@@ -41,7 +42,7 @@ struct MovePicker {
   // start is StageTtMove, StageReducedTtMove or StageShallowTtMove.
   void init(int start, Move tableMove, Bitboard captureTargets = 0, int gainMargin = NoGainMargin) {
     stage = start;
-    ttMove = tableMove & 0x7FFF;
+    ttMove = moveOf(tableMove);
     postponedCount = postponedRead = 0;
     targets = captureTargets;
     margin = gainMargin;
@@ -52,8 +53,6 @@ struct MovePicker {
   // reduction look for. (The shallow sequence's remaining moves are filtered by their generator.)
   bool inQuietStage() const { return stage == StageQuiet; }
 };
-
-constexpr Move wordMove(MoveWord w) { return Move(w & 0x7FFF); }
 
 // Every opponent piece but the king: the capture targets of a full capture stage.
 template <Color Us>
@@ -87,12 +86,12 @@ inline void insertionSort(MoveWord* begin, MoveWord* end) {
 
 template <Color Us>
 inline bool killerPlayable(const Position& pos, const MovePicker& mp, Move k) {
-  return k != 0 && k != mp.ttMove && pos.board[moveTo(k)] == NoPiece && pseudoLegal<Us>(pos, k);
+  return k != 0 && k != mp.ttMove && pos.board[moveTo(k)] == NoPiece && isPseudoLegal<Us>(pos, k);
 }
 
 }  // namespace picker_detail
 
-// The next move word (the move in bits 0-15 with its generator marks), 0 when exhausted.
+// The next move-list word (its move and key as the generator wrote them), 0 when exhausted.
 template <Color Us>
 MoveWord nextMove(Position& pos, MovePicker& mp) {
   using namespace picker_detail;
@@ -102,19 +101,19 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
       case StageReducedTtMove:
       case StageShallowTtMove:
         ++mp.stage;
-        if (mp.ttMove && pseudoLegal<Us>(pos, mp.ttMove)) return mp.ttMove;
+        if (mp.ttMove && isPseudoLegal<Us>(pos, mp.ttMove)) return mp.ttMove;
         break;
 
       case StageGenCaptures:
       case StageShallowGenCaptures:
         mp.cur = mp.moves;
-        mp.end = genCaptures<Us>(pos, mp.moves, captureTargets<Us>(pos));
+        mp.end = generateCaptures<Us>(pos, mp.moves, captureTargets<Us>(pos));
         ++mp.stage;
         break;
 
       case StageReducedGenCaptures:
         mp.cur = mp.moves;
-        mp.end = genCaptures<Us>(pos, mp.moves, mp.targets);
+        mp.end = generateCaptures<Us>(pos, mp.moves, mp.targets);
         ++mp.stage;
         break;
 
@@ -122,9 +121,9 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
         while (mp.cur < mp.end) {
           MoveWord w = selectBest(mp.cur, mp.end);
           ++mp.cur;
-          Move m = wordMove(w);
+          Move m = moveOf(w);
           if (m == mp.ttMove) continue;
-          if ((w & 0x300000) || !exchangeLoses<Us>(pos, m)) return w;
+          if (isWinningOrEvenCapture(w) || !exchangeLoses<Us>(pos, m)) return w;
           mp.postponed[mp.postponedCount++] = w;
         }
         mp.stage = StageKiller1;
@@ -135,12 +134,12 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
         while (mp.cur < mp.end) {
           MoveWord w = selectBest(mp.cur, mp.end);
           ++mp.cur;
-          if (wordMove(w) != mp.ttMove) return w;
+          if (moveOf(w) != mp.ttMove) return w;
         }
         ++mp.stage;
         if (mp.stage == StageShallowChecks) {
           // The quiet checks are kept in the second list so that stage 16 can skip them.
-          MoveWord* e = genQuietChecks<Us>(pos, mp.postponed);
+          MoveWord* e = generateQuietChecks<Us>(pos, mp.postponed);
           mp.postponedCount = int(e - mp.postponed);
           mp.postponedRead = 0;
         }
@@ -162,11 +161,11 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
         mp.stage = StageQuiet;
         {
           // Generate the quiet moves, without the table move and the killers, and sort them.
-          MoveWord* end = genRemaining<Us>(pos, mp.moves, NoGainMargin);
+          MoveWord* end = generateRemaining<Us>(pos, mp.moves, NoGainMargin);
           Move k1 = pos.st().killer1, k2 = pos.st().killer2;
           MoveWord* out = mp.moves;
           for (MoveWord* p = mp.moves; p < end; ++p) {
-            Move m = wordMove(*p);
+            Move m = moveOf(*p);
             if (m != mp.ttMove && m != k1 && m != k2) *out++ = *p;
           }
           mp.cur = mp.moves;
@@ -187,14 +186,14 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
 
       case StageReducedGenChecks:
         mp.cur = mp.moves;
-        mp.end = genQuietChecks<Us>(pos, mp.moves);
+        mp.end = generateQuietChecks<Us>(pos, mp.moves);
         mp.stage = StageReducedChecks;
         break;
 
       case StageReducedChecks:
         while (mp.cur < mp.end) {
           MoveWord w = *mp.cur++;
-          if (wordMove(w) != mp.ttMove) return w;
+          if (moveOf(w) != mp.ttMove) return w;
         }
         mp.stage = StageDone;
         break;
@@ -202,21 +201,21 @@ MoveWord nextMove(Position& pos, MovePicker& mp) {
       case StageShallowChecks:
         while (mp.postponedRead < mp.postponedCount) {
           MoveWord w = mp.postponed[mp.postponedRead++];
-          if (wordMove(w) != mp.ttMove) return w;
+          if (moveOf(w) != mp.ttMove) return w;
         }
         mp.stage = StageShallowRemaining;
         mp.cur = mp.moves;
-        mp.end = genRemaining<Us>(pos, mp.moves, mp.margin);
+        mp.end = generateRemaining<Us>(pos, mp.moves, mp.margin);
         break;
 
       case StageShallowRemaining:
         while (mp.cur < mp.end) {
           MoveWord w = *mp.cur++;
-          Move m = wordMove(w);
+          Move m = moveOf(w);
           if (m == mp.ttMove) continue;
           bool handedOut = false;
           for (int i = 0; i < mp.postponedCount && !handedOut; ++i)
-            handedOut = wordMove(mp.postponed[i]) == m;
+            handedOut = moveOf(mp.postponed[i]) == m;
           if (!handedOut) return w;
         }
         mp.stage = StageDone;
@@ -239,10 +238,10 @@ struct EvasionPicker {
 
   template <Color Us>
   void init(const Position& pos, Move tableMove) {
-    ttMove = tableMove & 0x7FFF;
-    ttPending = ttMove && pseudoLegal<Us>(pos, ttMove);
+    ttMove = moveOf(tableMove);
+    ttPending = ttMove && isPseudoLegal<Us>(pos, ttMove);
     cur = moves;
-    end = genEvasions<Us>(pos, moves, ~Bitboard(0));
+    end = generateEvasions<Us>(pos, moves, ~Bitboard(0));
     picker_detail::insertionSort(moves, end);
   }
   // The next move (0 when exhausted) and whether it came from the table.
@@ -252,7 +251,7 @@ struct EvasionPicker {
       return ttMove;
     }
     while (cur < end) {
-      Move m = wordMove(*cur++);
+      Move m = moveOf(*cur++);
       if (m != ttMove) return m;
     }
     return 0;

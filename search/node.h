@@ -6,9 +6,11 @@
 #include <algorithm>
 
 #include "board/bitboard.h"
+#include "board/legality.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
 #include "board/zobrist.h"
 #include "eval/evaluate.h"
-#include "search/colour_ops.h"
 #include "search/params.h"
 #include "search/tt.h"
 
@@ -156,10 +158,10 @@ inline bool nodeOpening(Position& pos, Key key, int beta, int depth, Move& ttMov
 // illegal move (own king attacked) is taken back at once and false returned.
 template <Color Us>
 inline bool makeAndEvaluate(Position& pos, Move m, int lower, int upper) {
-  doMove<Us>(pos, m);
+  makeMove<Us>(pos, m);
   evaluate(pos, lower, upper, m);
   if (kingAttackers<Us>(pos.st())) {
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     return false;
   }
   pos.st().nullBits = 3;

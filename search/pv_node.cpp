@@ -70,7 +70,7 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
       w = m;
     } else {
       w = nextMove<Us>(pos, mp);
-      m = wordMove(w);
+      m = moveOf(w);
     }
     if (!m) break;
     const int piece = pos.board[moveFrom(m)];
@@ -92,7 +92,7 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
                               [&]() -> std::optional<int> { return -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth); });
       if (score > alpha && score < beta) score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
     }
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     ++n;
     if (pos.stopFlag) return 0;
 

@@ -77,11 +77,11 @@ int pvQuiesceNode(Position& pos, int alpha, int beta, int depth) {
     // In check: every evasion by selection, the table move first; a single reply costs no depth.
     best = pos.ply - MateScore;
     MoveWord list[MaxMoves];
-    MoveWord* end = genEvasions<Us>(pos, list, ~Bitboard(0));
+    MoveWord* end = generateEvasions<Us>(pos, list, ~Bitboard(0));
     if (end - list > 1) --depth;
     promoteTableMove(list, end, ttMove);
     for (MoveWord* cur = list; cur < end; ++cur)
-      if (decides(wordMove(picker_detail::selectBest(cur, end)), depth)) return score;
+      if (decides(moveOf(picker_detail::selectBest(cur, end)), depth)) return score;
   } else {
     // Step 4. Stand pat.
     const int staticEval = pos.st().staticEval;

@@ -49,8 +49,8 @@ inline Bitboard quiesceTargets(const Position& pos, int beta, int& best) {
 inline void promoteTableMove(MoveWord* begin, MoveWord* end, Move ttMove) {
   if (!ttMove) return;
   for (MoveWord* p = begin; p < end; ++p)
-    if (wordMove(*p) == ttMove) {
-      *p |= 0xFFFF0000u;
+    if (moveOf(*p) == ttMove) {
+      *p |= TableMoveKey;
       return;
     }
 }
@@ -58,8 +58,8 @@ inline void promoteTableMove(MoveWord* begin, MoveWord* end, Move ttMove) {
 // A capture that needs the exchange test (no winning/equal flag, not the table move) and loses.
 template <Color Us>
 inline bool losingCapture(const Position& pos, MoveWord w) {
-  if ((w & 0x300000u) || w >= 0xFFFF0000u) return false;
-  const Move m = wordMove(w);
+  if (isWinningOrEvenCapture(w) || isPromotedTableMove(w)) return false;
+  const Move m = moveOf(w);
   if (pos.st().exchangeExclusion & bit(moveFrom(m))) return false;
   return exchangeLoses<Us>(pos, m);
 }
@@ -87,7 +87,7 @@ inline bool quiesceMove(Position& pos, Move m, int alpha, int beta, int depth, i
     score = -pvQuiesce<Them>(pos, -beta, -alpha, depth);
   else
     score = -quiesce<Them>(pos, -alpha, depth);
-  undoMove<Us>(pos, m);
+  unmakeMove<Us>(pos, m);
   return true;
 }
 
@@ -120,17 +120,17 @@ inline bool quiesceMoveDecides(Position& pos, Move m, Key key, int beta, int dep
 template <Color Us, class Decides, class ChecksAllowed>
 inline bool quiesceMoves(Position& pos, Bitboard targets, Move ttMove, Decides decides, ChecksAllowed checksAllowed) {
   MoveWord list[MaxMoves];
-  MoveWord* end = genCaptures<Us>(pos, list, targets);
+  MoveWord* end = generateCaptures<Us>(pos, list, targets);
   promoteTableMove(list, end, ttMove);
   for (MoveWord* cur = list; cur < end; ++cur) {
     const MoveWord w = picker_detail::selectBest(cur, end);
     if (losingCapture<Us>(pos, w)) continue;
-    if (decides(wordMove(w))) return true;
+    if (decides(moveOf(w))) return true;
   }
   if (!checksAllowed()) return false;
-  end = genQuietChecks<Us>(pos, list);
+  end = generateQuietChecks<Us>(pos, list);
   for (MoveWord* cur = list; cur < end; ++cur)
-    if (decides(wordMove(*cur))) return true;
+    if (decides(moveOf(*cur))) return true;
   return false;
 }
 

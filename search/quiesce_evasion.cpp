@@ -34,14 +34,14 @@ int quiesceEvasionNode(Position& pos, int beta, int depth) {
 
   // Step 5. Generate; a single forced reply costs no depth.
   MoveWord list[MaxMoves];
-  MoveWord* end = genEvasions<Us>(pos, list, mask);
+  MoveWord* end = generateEvasions<Us>(pos, list, mask);
   if (end - list > 1) --depth;
   promoteTableMove(list, end, ttMove);
 
   // Step 6. Evasions by selection; a cut-off is stored as a lower bound.
   int legal = 0;
   for (MoveWord* cur = list; cur < end; ++cur)
-    if (quiesceMoveDecides<Us>(pos, wordMove(selectBest(cur, end)), key, beta, depth, best, score, legal))
+    if (quiesceMoveDecides<Us>(pos, moveOf(selectBest(cur, end)), key, beta, depth, best, score, legal))
       return score;
 
   // No legal evasion was searched: when none exists beyond the restricted set either, the side is

@@ -18,19 +18,17 @@ RootLine RootLines[MaxRootLines];
 SearchSettings Settings;
 std::uint8_t RootFailingLow = 0;
 std::uint8_t RootBestMoveChanged = 0;
-std::uint8_t RootSearchStarted = 0;
-std::uint8_t RootNewPosition = 0;
 SearchReports Reports = {[](Position&, std::int64_t, int) {}, [](int) {}, [](Move, int) {}, [](Position&, int) {}};
 
 namespace {
 
 constexpr int NoScoreYet = -32752;
 
-inline Move recordMove(const RootMove& r) { return Move(r.word & 0x7FFF); }
-inline int recordScore(const RootMove& r) { return int(r.word >> 16) - 32768; }
-inline void setRecordScore(RootMove& r, int score) {
-  r.word = (r.word & 0xFFFF) | (std::uint32_t((score - 32768) & 0xFFFF) << 16);
-}
+// A record's word is a move-list word keyed by score - 32768, so that larger words mean larger scores.
+inline MoveWord recordWord(Move m, int score) { return keyedWord(std::uint16_t(score - 32768), m); }
+inline Move recordMove(const RootMove& r) { return moveOf(r.word); }
+inline int recordScore(const RootMove& r) { return int(sortKeyOf(r.word)) - 32768; }
+inline void setRecordScore(RootMove& r, int score) { r.word = recordWord(recordMove(r), score); }
 
 std::int64_t elapsedMicros() { return wallClockMicros() - Limits.startTime; }
 
@@ -41,7 +39,7 @@ void sortRootMoves(int first, int count) {
   for (int i = first + 1; i < count; ++i) {
     RootMove r = RootMoves[i];
     int j = i;
-    for (; j > first && (RootMoves[j - 1].word >> 16) < (r.word >> 16); --j) RootMoves[j] = RootMoves[j - 1];
+    for (; j > first && sortKeyOf(RootMoves[j - 1].word) < sortKeyOf(r.word); --j) RootMoves[j] = RootMoves[j - 1];
     RootMoves[j] = r;
   }
 }
@@ -52,11 +50,10 @@ int rootMoveCount() {
   return n;
 }
 
-void newBestMove(Move m, int score, int depth) {
+void newBestMove(Move m, int score) {
   if (m != Root.bestMove) RootBestMoveChanged = 1;
   Root.bestMove = m;
   Root.bestScore = score;
-  Root.bestDepth = depth;
 }
 
 void maybePrintPv(Position& pos, int depth, int score) {
@@ -71,7 +68,7 @@ void maybePrintPv(Position& pos, int depth, int score) {
 template <Color Us>
 int makeRootMove(Position& pos, Move m, int k, int depth, bool& check) {
   const bool passed = isPassedPawnPush<Us>(pos, m, 3);
-  doMove<Us>(pos, m);
+  makeMove<Us>(pos, m);
   evaluate(pos, -32767, 32767, m);
   pos.st().nullBits = 3;
   check = childInCheck<~Us>(pos);
@@ -129,13 +126,13 @@ int rootSearch(Position& pos, int alpha, int beta, int depth) {
         if (score > alpha && !pos.stopFlag) score = -pvSearch<Them>(pos, -beta, -alpha, d);
       }
     }
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     if (pos.stopFlag) return best;
 
     setRecordScore(record, score > alpha ? score : alpha);
     if (score > best && score > alpha) {
       storeLower(rootKey, depth, score, m);
-      newBestMove(m, score, depth);
+      newBestMove(m, score);
       best = score;
       bestMove = m;
       maybePrintPv(pos, depth, score);
@@ -178,7 +175,7 @@ int rootSearchMulti(Position& pos, int, int, int depth) {
       score = rootNullWindow<Them>(pos, floor, d, check);
       if (score > floor && !pos.stopFlag) score = -pvSearch<Them>(pos, -MateScore, -floor, d);
     }
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     if (pos.stopFlag) return recordScore(RootMoves[0]);
 
     setRecordScore(record, std::max(score, floor));
@@ -186,7 +183,7 @@ int rootSearchMulti(Position& pos, int, int, int depth) {
     if (k <= kept || score > floor) {
       for (int i = 0; i < kept; ++i)
         RootLines[i] = {i < k ? recordMove(RootMoves[i]) : NoMove, recordScore(RootMoves[i])};
-      newBestMove(recordMove(RootMoves[0]), recordScore(RootMoves[0]), depth);
+      newBestMove(recordMove(RootMoves[0]), recordScore(RootMoves[0]));
       storeLower(rootKey, depth, recordScore(RootMoves[0]), recordMove(RootMoves[0]));
       maybePrintPv(pos, depth, recordScore(RootMoves[0]));
     }
@@ -202,11 +199,11 @@ int buildRootList(Position& pos) {
   MoveWord* end = generateLegalMoves(pos, list);
   int n = 0;
   for (MoveWord* p = list; p < end && n < 255; ++p) {
-    const Move m = wordMove(*p);
+    const Move m = moveOf(*p);
     if (!m) break;
     if (!makeAndEvaluate<Us>(pos, m, -32767, 32767)) continue;
-    undoMove<Us>(pos, m);
-    RootMoves[n++] = RootMove{std::uint32_t(m) | (std::uint32_t((NoScoreYet - 32768) & 0xFFFF) << 16), {}};
+    unmakeMove<Us>(pos, m);
+    RootMoves[n++] = RootMove{recordWord(m, NoScoreYet), {}};
   }
   RootMoves[n] = RootMove{};
   if (Limits.searchMovesFlag) {
@@ -214,7 +211,7 @@ int buildRootList(Position& pos) {
     for (int i = 0; i < n; ++i) {
       bool listed = false;
       for (int j = 0; j < 255 && Limits.searchMoves[j] && !listed; ++j)
-        listed = (Limits.searchMoves[j] & 0x7FFF) == recordMove(RootMoves[i]);
+        listed = moveOf(Limits.searchMoves[j]) == recordMove(RootMoves[i]);
       if (listed) RootMoves[kept++] = RootMoves[i];
     }
     if (kept) {
@@ -298,7 +295,6 @@ void iterate(Position& pos) {
 
     // 5. The iteration is complete.
     lastScore = score;
-    Root.lastIterationScore = score;
     Root.completedDepth = depth;
     stableIterations = Root.bestMove == previousBest ? stableIterations + 1 : 0;
     previousBest = Root.bestMove;
@@ -332,7 +328,7 @@ void runRootSearch(Position& pos) {
     // built): a position with a legal move still answers with one.
     if (!Root.bestMove) {
       MoveWord list[MaxMoves];
-      if (generateLegalMoves(pos, list) != list) Root.bestMove = wordMove(list[0]);
+      if (generateLegalMoves(pos, list) != list) Root.bestMove = moveOf(list[0]);
     }
     throw;
   }

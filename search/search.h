@@ -14,8 +14,6 @@ struct SearchAborted {};
 struct RootResult {
   Move bestMove = 0;
   int bestScore = -MateScore;  // no move searched yet
-  int bestDepth = 0;          // half-plies at which bestMove was found
-  int lastIterationScore = 0;
   int iterationDepth = 0;     // depth (half-plies) of the iteration in progress / last one
   int completedDepth = 0;     // deepest completed iteration (half-plies)
   int selDepth = 0;
@@ -85,10 +83,5 @@ extern SearchSettings Settings;
 // the current or the last completed iteration. Either one means the search is not settled.
 extern std::uint8_t RootFailingLow;
 extern std::uint8_t RootBestMoveChanged;
-
-// Set by the search starter at every go, and by the position command when it loads a position.
-// Kept for the record of the root search's state; nothing decides on them.
-extern std::uint8_t RootSearchStarted;
-extern std::uint8_t RootNewPosition;
 
 }  // namespace tavrin

@@ -51,7 +51,7 @@ int shallowNode(Position& pos, int beta, int depth) {
   const bool hasPieces = hasNonPawnMaterial<Us>(pos);
   MoveCount count{razor ? 1 : 0, beta + params::ShallowFutilityBase};
   while (const MoveWord w = nextMove<Us>(pos, mp)) {
-    const Move m = wordMove(w);
+    const Move m = moveOf(w);
     const int from = moveFrom(m), to = moveTo(m);
     const bool quietStage = mp.inQuietStage();
 
@@ -62,14 +62,14 @@ int shallowNode(Position& pos, int beta, int depth) {
     if (quietStage) {
       // Gain futility with the margin 2 * depth, from squares outside both exemption sets.
       if (count.n > params::FutilityMinMoves && hasPieces &&
-          futileGain(pos, w, st.quietExemptions | st.checkCandidates, params::ShallowGainPerDepth * depth, eval,
+          futileGain(pos, m, st.quietExemptions | st.checkCandidates, params::ShallowGainPerDepth * depth, eval,
                      count.threshold)) {
         count.next();
         continue;
       }
       // Exchange futility.
       if (eval + params::ShallowExchangePerDepth * depth < beta + params::ExchangeFutilityBase &&
-          futileExchange<Us>(pos, w)) {
+          futileExchange<Us>(pos, m)) {
         count.next();
         continue;
       }
@@ -89,7 +89,7 @@ int shallowNode(Position& pos, int beta, int depth) {
       return lateMoveChild<Us, Role::Cut>(pos, beta, depth - 2 + extension,
                                           quietStage && count.n >= params::LmrMinMoves, log2Floor(count.n + 1));
     });
-    undoMove<Us>(pos, m);
+    unmakeMove<Us>(pos, m);
     count.next();
     if (!child) continue;
     if (pos.stopFlag) return 0;

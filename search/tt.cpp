@@ -47,7 +47,7 @@ void writeEntry(TtEntry& e, std::uint32_t check, std::uint8_t flags, std::uint8_
   e.depthLower = depthLower;
   e.valueLower = std::int16_t(valueLower);
   e.valueUpper = std::int16_t(valueUpper);
-  e.move = std::uint16_t(move & 0x7FFF);
+  e.move = moveOf(move);
 }
 
 // The state of every entry after clearing: all zero but an age of 128, so that each starts stale.
@@ -94,7 +94,7 @@ void storeLower(Key key, int depth, int value, Move move) {
                                   [d](const TtEntry& x) { return !(x.flags & TtExact) && x.depthLower <= d; })) {
     e->depthLower = d;
     e->valueLower = std::int16_t(value);
-    e->move = std::uint16_t(move & 0x7FFF);
+    e->move = moveOf(move);
     e->age = ttAge();
     e->flags = std::uint8_t((e->flags & ~TtWeakLower) | TtLower);
     return;
@@ -144,7 +144,7 @@ void storeWeakLower(Key key, int depth, int value, Move move) {
     e->valueLower = std::int16_t(value);
     e->age = ttAge();
     e->depthLower = d;
-    if (move) e->move = std::uint16_t(move & 0x7FFF);
+    if (move) e->move = moveOf(move);
     return;
   }
   writeEntry(*victim(bucket), check, TtLower | TtWeakLower, 0, d, value, 0, move);
@@ -164,7 +164,7 @@ void storeExact(Key key, int depth, int score, Move move) {
   }
   slot->depth = d;
   slot->score = score;
-  slot->move = std::uint16_t(move & 0x7FFF);
+  slot->move = moveOf(move);
   slot->age = ttAge();
 
   // 2. The main table, then 3. wipe later entries of the same key that this one supersedes.

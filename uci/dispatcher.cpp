@@ -66,7 +66,6 @@ void startNewGame(Position& pos) {
   Engine.positionReady = 1;
   pos.historyCount = 0;
   setStartPosition(pos);
-  Engine.lastSearchDepth = 1000;
   Engine.firstSearch = 1;
   clearTables();
   clearEvaluationTables();

@@ -103,7 +103,6 @@ void parseGo(const char* line, const Position& pos) {
         break;
       case Keyword::Movetime:
         // A 10 ms margin for the reply to travel; a movetime of 10 or less stops at the first check.
-        L.movetimeFlag = 1;
         L.hardLimit = millisToMicros((n > 1 ? n : 1) - 10);
         break;
       case Keyword::Wtime: L.wtime = millisToMicros(n); break;
@@ -128,23 +127,11 @@ void parseGo(const char* line, const Position& pos) {
     clock.binc = L.binc;
     clock.movesToGo = L.movesToGo;
     clock.whiteToMove = whiteToMove;
-    clock.firstSearch = Engine.firstSearch != 0;
-    clock.previousMovesToGo = L.previousMovesToGo;
-    clock.periodMovesToGo = L.periodMovesToGo;
-    clock.periodClockWhite = L.periodClockWhite;
-    clock.periodClockBlack = L.periodClockBlack;
     const TimeBudget b = allocateTime(clock);
     L.softTarget = b.softTarget;
     L.hardLimit = b.hardLimit;
     L.quarterTarget = b.quarterTarget;
     L.threeQuarterTarget = L.threeQuarterTargetPoll = b.threeQuarterTarget;
-    L.increment = b.increment;
-    L.incrementClass = b.incrementClass;
-    L.periodMovesToGo = b.periodMovesToGo;
-    L.previousMovesToGo = b.previousMovesToGo;
-    L.periodClockWhite = b.periodClockWhite;
-    L.periodClockBlack = b.periodClockBlack;
-    L.periodClockToMove = b.periodClockToMove;
   }
 
   L.analysis = L.hardLimit == NoLimit;

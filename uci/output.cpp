@@ -112,7 +112,7 @@ void pvText(Position& pos, Move first, char* out, std::size_t size) {
   std::size_t len = 0;
   char buf[8];
 
-  first &= 0x7FFF;
+  first = moveOf(first);
   if (!pseudoLegalForSide(pos, first) || !playChecked(pos, first)) return;
   played[playedCount++] = first;
   len += std::snprintf(out + len, size - len, "%s ", moveText(first, buf));
@@ -168,7 +168,7 @@ void printPvLine(Position& pos, std::int64_t elapsedMicros, int score) {
 
 void bestMoveLine(Position& pos, bool playable, char* out, std::size_t size) {
   char best[8], ponder[8];
-  const Move m = Root.bestMove & 0x7FFF;
+  const Move m = moveOf(Root.bestMove);
   if (!playable || m == NoMove) {
     std::snprintf(out, size, "bestmove 0000\n");
     return;

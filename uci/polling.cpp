@@ -24,7 +24,6 @@ void printProgress(std::int64_t elapsed, std::int64_t nodes) {
   const long long rate = ms == 0 ? 0 : nodes / ms * 1000;
   printOut("info time %lld nodes %lld nps %lld \n", ms, static_cast<long long>(nodes), rate);
   Limits.lastProgressTime = elapsed;
-  Limits.startCpuTime = processCpuMicros();
 }
 
 // The root search holds the three-quarter stop back while its score is falling or its best

@@ -8,7 +8,6 @@
 #include "board/movegen.h"
 #include "common/globals.h"
 #include "eval/evaluate.h"
-#include "search/search.h"
 #include "uci/decimal.h"
 #include "uci/position_command.h"
 #include "uci/words.h"
@@ -59,31 +58,30 @@ std::uint8_t castlingRights(const char* field) {
 // The en-passant square is kept only when a pawn of the side to move can take on it (so that it
 // never enters the key otherwise), and only behind the pawn that has just made its double step.
 int enPassantSquare(const Position& pos, const char* field) {
-  if (std::strcmp(field, "-") == 0 || !field[0] || !field[1] || field[0] < 'a' || field[0] > 'h') return 0;
-  const int sq = (field[0] - 'a') + 8 * (field[1] - '1');
-  return enPassantPlausible(pos.board, pos.sideToMove, sq) ? sq : 0;
+  const int sq = squareFromText(field);
+  return sq >= 0 && enPassantPlausible(pos.board, pos.sideToMove, sq) ? sq : 0;
 }
 
 // The board can be turned into a position at all.
 bool boardSane(const Position& pos) { return boardPlayable(pos.board); }
 
-// The move a text names; the promotion letter is read only when allowed.
+// The move a text names: two squares (files a-h, ranks 1-8; a text with any other character there
+// names no move), then, when readPromotion allows, a lower-case promotion letter n, b, r or q
+// (any other fifth character adds nothing).
 Move moveFromText(const Position& pos, const char* text, bool readPromotion) {
-  for (int i = 0; i < 4; ++i)
-    if (!text[i]) return NoMove;
-  const int from = (text[0] - 'a') + 8 * (text[1] - '1');
-  const int to = (text[2] - 'a') + 8 * (text[3] - '1');
-  if (from < 0 || from > 63 || to < 0 || to > 63) return NoMove;
-  Move m = moveFromSquares(pos, Move(from * 64 + to));
-  if (m == NoMove) return NoMove;
-  if (readPromotion) switch (text[4]) {
-      case 'n': m |= 0x4000; break;
-      case 'b': m |= 0x5000; break;
-      case 'r': m |= 0x6000; break;
-      case 'q': m |= 0x7000; break;
-      default: break;
-    }
-  return m;
+  const int from = squareFromText(text);
+  if (from < 0) return NoMove;
+  const int to = squareFromText(text + 2);
+  if (to < 0) return NoMove;
+  const Move m = moveFromSquares(pos, makeMove(from, to));
+  if (m == NoMove || !readPromotion) return m;
+  switch (text[4]) {
+    case 'n': return addKind(m, PromoteKnight);
+    case 'b': return addKind(m, PromoteBishop);
+    case 'r': return addKind(m, PromoteRook);
+    case 'q': return addKind(m, PromoteQueen);
+    default: return m;
+  }
 }
 
 }  // namespace
@@ -136,8 +134,8 @@ void playMoveList(Position& pos, const char* text) {
     const Move m = moveFromText(pos, word, std::strlen(word) == 5);
     if (m == NoMove) continue;
     for (const MoveWord* w = list; *w; ++w)
-      if ((*w & 0x7FFF) == m) {
-        makeRootMove(pos, Move(*w & 0xFFFF));
+      if (moveOf(*w) == m) {
+        makeRootMove(pos, m);
         break;
       }
   }
@@ -146,7 +144,6 @@ void playMoveList(Position& pos, const char* text) {
 void positionCommand(Position& pos, const char* text) {
   Engine.positionReady = 1;
   pos.nodes = 0;
-  RootNewPosition = 1;
   char word[WordBytes];
   const char* after = nextWord(text, word);
   if (std::strcmp(word, "startpos") == 0) {

@@ -9,7 +9,9 @@ namespace tavrin {
 void positionCommand(Position& pos, const char* text);
 // Reads a FEN (six blank-separated fields) into pos; returns the text after the FEN.
 const char* readFen(Position& pos, const char* fen);
-// The move named by a 4- or 5-character move text in this position (not checked for legality).
+// The move named by a 4- or 5-character move text in this position (not checked for legality);
+// NoMove when a square of the text is off the board. The fifth character, when there is one, may
+// add a promotion.
 Move readMoveText(const Position& pos, const char* text);
 // Plays each word of the list that matches a legal move; other words are skipped.
 void playMoveList(Position& pos, const char* text);

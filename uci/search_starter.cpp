@@ -72,11 +72,9 @@ void prepareRecord(const Position& root, Position& rec) {
 // One search from go to the end of the finish step's PV line: the search starter's steps and
 // finish steps 1 to 3. The record is left at the root. False when the position cannot be searched.
 bool runSearch(Position& pos, Position& rec) {
-  RootSearchStarted = 1;
   Engine.firstSearch = 0;
   timerBegin();
   Limits.startTime = wallClockMicros();
-  Limits.startCpuTime = processCpuMicros();
 
   prepareRoot(pos);
   newSearch();
@@ -102,7 +100,6 @@ bool runSearch(Position& pos, Position& rec) {
   // Finish step.
   Engine.searchRunning = 0;
   const int depthReached = Root.completedDepth;
-  Engine.lastSearchDepth = depthReached;
   restoreSnapshot(snapshot, rec);
   if (playable && depthReached > lastPrintedDepth())
     printPvLine(rec, wallClockMicros() - Limits.startTime, Root.bestScore);

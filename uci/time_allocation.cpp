@@ -8,8 +8,7 @@ namespace tavrin {
 TimeBudget allocateTime(const ClockState& clock) {
   TimeBudget b;
   auto clamp = [](std::int64_t t) { return std::clamp(t, -MaxClockMicros, MaxClockMicros); };
-  const std::int64_t wtime = clamp(clock.wtime), btime = clamp(clock.btime);
-  const std::int64_t ownClock = clock.whiteToMove ? wtime : btime;
+  const std::int64_t ownClock = clamp(clock.whiteToMove ? clock.wtime : clock.btime);
   const std::int64_t mtg = std::clamp(clock.movesToGo, 0, MaxMovesToGo);
 
   // Keep a tenth of the clock in reserve.
@@ -18,23 +17,8 @@ TimeBudget allocateTime(const ClockState& clock) {
 
   std::int64_t inc = clock.whiteToMove ? clock.winc : clock.binc;
   if (inc < 0) inc = 0;
-  b.increment = inc;
-  b.incrementClass = inc >= 450000 ? 500 : 2500;
-
-  // A larger movestogo than last time means a new time-control period has begun.
-  b.periodMovesToGo = clock.periodMovesToGo;
-  b.previousMovesToGo = clock.previousMovesToGo;
-  b.periodClockWhite = clock.periodClockWhite;
-  b.periodClockBlack = clock.periodClockBlack;
-  if (clock.firstSearch || mtg > clock.previousMovesToGo) {
-    b.periodMovesToGo = std::int32_t(mtg);
-    b.periodClockWhite = wtime * 95 / 100;
-    b.periodClockBlack = btime * 95 / 100;
-  }
-  b.periodClockToMove = clock.whiteToMove ? b.periodClockWhite : b.periodClockBlack;
 
   if (mtg != 0) {
-    b.previousMovesToGo = std::int32_t(mtg);
     b.softTarget = t / (mtg + 3);
     b.hardLimit = (mtg + 1) * t / (8 * mtg);
   } else {

@@ -1,4 +1,4 @@
-// Thinking time from the clock: a pure function of the clock values and the period bookkeeping.
+// Thinking time from the clock: a pure function of the clock values.
 #pragma once
 
 #include <cstdint>
@@ -11,11 +11,6 @@ struct ClockState {
   std::int64_t winc = 0, binc = 0;
   std::int32_t movesToGo = 0;          // 0: the rest of the game
   bool whiteToMove = true;
-  bool firstSearch = false;            // first go of the game
-  std::int32_t previousMovesToGo = 0;  // movestogo stored by the last allocation that had one
-  // Carried from the last allocation (kept unless a new period starts).
-  std::int32_t periodMovesToGo = 0;
-  std::int64_t periodClockWhite = 0, periodClockBlack = 0;
 };
 
 // What it decides.
@@ -24,10 +19,6 @@ struct TimeBudget {
   std::int64_t hardLimit = 0;          // the search is ended by the poll after this
   std::int64_t quarterTarget = 0;
   std::int64_t threeQuarterTarget = 0;
-  std::int64_t increment = 0;          // the side to move's increment, never negative
-  std::int64_t incrementClass = 2500;  // 500 with an increment of at least 0.45 s
-  std::int32_t periodMovesToGo = 0, previousMovesToGo = 0;
-  std::int64_t periodClockWhite = 0, periodClockBlack = 0, periodClockToMove = 0;
 };
 
 // Clocks beyond this (about 12.7 days) either way count as this, and movestogo beyond MaxMovesToGo as that,

@@ -124,18 +124,22 @@ TEST(MoveGeneration, StoredMoveTestAcceptsGeneratedAndRejectsTheRest) {
 }
 
 // The quiet list is the remaining list without castling and promotions; the quiet checks are
-// exactly the legal quiet moves that give check.
+// exactly the legal quiet moves that give check. The remaining list's words never carry
+// NonCaptureMark: the search's futility tests of its quiet stage read the move alone.
 TEST(MoveGeneration, QuietListsAgreeWithTheRemainingAndTheLegalLists) {
   walkRandomGames(Games / 2, 13, [](Position& pos, std::mt19937_64&) {
     const bool white = pos.sideToMove == White;
     auto quiet = generated([&](MoveWord* l) {
       return white ? generateQuietWhite(pos, l, -32768) : generateQuietBlack(pos, l, -32768);
     });
+    MoveWord rest[MaxMoves];
+    const MoveWord* restEnd =
+        white ? generateRemaining<White>(pos, rest, INT_MIN) : generateRemaining<Black>(pos, rest, INT_MIN);
     std::set<Move> expected;
-    for (Move m : generated([&](MoveWord* l) {
-           return white ? generateRemaining<White>(pos, l, INT_MIN) : generateRemaining<Black>(pos, l, INT_MIN);
-         }))
-      if (moveKind(m) == NormalMove) expected.insert(m);
+    for (const MoveWord* w = rest; w != restEnd; ++w) {
+      ASSERT_EQ(*w & NonCaptureMark, 0u) << toFen(pos);
+      if (moveKind(moveOf(*w)) == NormalMove) expected.insert(moveOf(*w));
+    }
     ASSERT_EQ(std::set<Move>(quiet.begin(), quiet.end()), expected) << toFen(pos);
 
     if (white ? pos.state->whiteKingAttackers : pos.state->blackKingAttackers) return;
@@ -161,7 +165,7 @@ TEST(LegalGenerator, WordsSortCapturesFirstAndCarryTheBareMove) {
   MoveWord* end = generateLegalMoves(pos, list);
   ASSERT_EQ(end - list, 48);
   for (MoveWord* w = list; w != end; ++w) {
-    EXPECT_EQ(*w & 0x8000u, 0u);
+    EXPECT_EQ(*w & NonCaptureMark, 0u);
     const bool capture = pos.board[moveTo(moveOf(*w))] != 0;
     EXPECT_EQ(*w >= 0xA0000000u, capture) << moveOf(*w);
   }
@@ -176,7 +180,7 @@ TEST(QuietGenerator, StartPositionOrderAndSort) {
   ASSERT_EQ(end - list, 20);
   for (MoveWord* w = list; w + 1 < end; ++w) EXPECT_GT(w[0], w[1]);  // descending move codes
   // With a negative gain on one move and a threshold below it, it sorts first (unsigned compare).
-  GainTable[WhitePawn * 4096 + A2 * 64 + A3] = -5;
+  GainTable[gainCell(WhitePawn, makeMove(A2, A3))] = -5;
   end = generateQuietWhite(pos, list, -10);
   ASSERT_EQ(end - list, 20);
   EXPECT_EQ(list[0], (MoveWord(std::uint16_t(-5)) << 16) | makeMove(A2, A3));

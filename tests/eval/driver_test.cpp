@@ -125,7 +125,7 @@ TEST(EvalDriver, CapturesAndNullMovesLeaveTheGainTable) {
 
   // A quiet move after an exact evaluation does write its cell.
   Move quiet = findMove(pos, "g8f6");
-  int cell = BlackKnight * 4096 + (quiet & 0xFFF);
+  int cell = gainCell(BlackKnight, quiet);
   GainTable[cell] = -30000;
   makeMoveAny(pos, quiet);
   forgetCached(pos);

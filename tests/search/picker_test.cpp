@@ -21,7 +21,7 @@ Position& setUp(const char* fen) {
 std::vector<std::pair<Move, int>> drain(Position& pos, MovePicker& mp) {
   std::vector<std::pair<Move, int>> out;
   while (MoveWord w = pos.sideToMove == White ? nextMove<White>(pos, mp) : nextMove<Black>(pos, mp))
-    out.emplace_back(wordMove(w), mp.stage);
+    out.emplace_back(moveOf(w), mp.stage);
   return out;
 }
 
@@ -47,7 +47,7 @@ TEST(MovePicker, NormalSequenceHandsOutEveryMoveOnceInStageOrder) {
   MoveWord* end = generateLegalMoves(pos, legal);
   EXPECT_EQ(moves.size(), std::size_t(end - legal));   // no king in check: every move pseudo-legal
   for (MoveWord* p = legal; p < end; ++p) {
-    const Move m = Move(*p & 0x7FFF);
+    const Move m = moveOf(*p);
     EXPECT_EQ(std::count_if(moves.begin(), moves.end(), [m](auto& x) { return x.first == m; }), 1) << text(m);
   }
   EXPECT_EQ(moves[0].first, tt);

@@ -120,7 +120,7 @@ TEST(SearchResults, NeverReturnsAnIllegalMove) {
       continue;
     }
     bool legal = false;
-    for (MoveWord* p = list; p < end && !legal; ++p) legal = Move(*p & 0x7FFF) == r.best;
+    for (MoveWord* p = list; p < end && !legal; ++p) legal = moveOf(*p) == r.best;
     EXPECT_TRUE(legal) << text(r.best);
   }
 }

@@ -76,7 +76,7 @@ TEST_F(TtTest, StoreRules) {
          EXPECT_EQ(b[0].move, makeMove(E2, E4));
        }},
       {"a move with bit 15 set is stored without it",
-       [] { storeLower(keyOf(1), 8, 1, Move(0x8000 | makeMove(G1, F3))); },
+       [] { storeLower(keyOf(1), 8, 1, Move(NonCaptureMark | makeMove(G1, F3))); },
        [](const TtEntry* b) { EXPECT_EQ(b[0].move, makeMove(G1, F3)); }},
       {"lower bound over an upper-only entry keeps the upper bound",
        [] {

@@ -94,6 +94,10 @@ TEST_F(PositionCommand, MoveLists) {
       // An illegal or mistyped move is skipped; the moves around it are played.
       {"startpos moves e2e4 e2e4 zz e7e5 g1f3", "rnbqkbnr/pppp1ppp/8/4p3/4P3/5N2/PPPP1PPP/RNBQKB1R b KQkq - 1 2"},
       {"startpos   moves    e2e4   ", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1"},
+      // A square off the board names no move (i1 and m3 are not read as a2 and e4).
+      {"startpos moves i1a4", StartFen},
+      {"startpos moves e2m3", StartFen},
+      {"startpos moves a9a8 a0a1 i0e4 e2e4", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1"},
       // Four FEN fields: "moves" becomes the half-move field and the first move the full-move one.
       {"fen 4k3/8/8/8/8/8/8/4K3 w - - moves e1e2 e8e7", "4k3/8/8/8/8/8/8/4K3 w - - 0 1"},
       // A word other than startpos or fen leaves the position and plays nothing.

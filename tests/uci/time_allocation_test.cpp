@@ -1,4 +1,4 @@
-// Time allocation: soft targets and hard limits from the clock, period bookkeeping.
+// Time allocation: soft targets and hard limits from the clock.
 #include <gtest/gtest.h>
 
 #include "common/globals.h"
@@ -50,12 +50,6 @@ TEST(TimeAllocation, TableOfClocks) {
   }
 }
 
-TEST(TimeAllocation, IncrementClass) {
-  EXPECT_EQ(allocateTime(clockOf(60000, 60000, 1000, 0, true)).incrementClass, 500);
-  EXPECT_EQ(allocateTime(clockOf(60000, 60000, 449, 0, true)).incrementClass, 2500);
-  EXPECT_EQ(allocateTime(clockOf(60000, 60000, -700, 0, true)).increment, 0);
-}
-
 TEST(TimeAllocation, AbsurdInputsStayFinite) {
   const std::int64_t huge[] = {NoLimit, std::int64_t(1) << 62, -(std::int64_t(1) << 62), 0, 1};
   const int movesToGo[] = {0, 1, -1, -3, -4, 2147483647, -2147483647 - 1};
@@ -70,34 +64,4 @@ TEST(TimeAllocation, AbsurdInputsStayFinite) {
         EXPECT_GE(b.softTarget, 4000);
         EXPECT_GE(b.hardLimit, 0);
       }
-}
-
-TEST(TimeAllocation, PeriodBookkeeping) {
-  ClockState c = clockOf(300000, 200000, 0, 40, false);
-  c.firstSearch = true;
-  TimeBudget first = allocateTime(c);
-  EXPECT_EQ(first.periodMovesToGo, 40);
-  EXPECT_EQ(first.previousMovesToGo, 40);
-  EXPECT_EQ(first.periodClockWhite, 300000000LL * 95 / 100);
-  EXPECT_EQ(first.periodClockBlack, 200000000LL * 95 / 100);
-  EXPECT_EQ(first.periodClockToMove, first.periodClockBlack);
-
-  // Fewer moves to go: the same period, its clocks kept.
-  ClockState next = clockOf(250000, 150000, 0, 39, true);
-  next.previousMovesToGo = first.previousMovesToGo;
-  next.periodMovesToGo = first.periodMovesToGo;
-  next.periodClockWhite = first.periodClockWhite;
-  next.periodClockBlack = first.periodClockBlack;
-  TimeBudget same = allocateTime(next);
-  EXPECT_EQ(same.periodMovesToGo, 40);
-  EXPECT_EQ(same.previousMovesToGo, 39);
-  EXPECT_EQ(same.periodClockWhite, first.periodClockWhite);
-  EXPECT_EQ(same.periodClockToMove, first.periodClockWhite);
-
-  // More moves to go than last time: a new period starts from the current clocks.
-  next.movesToGo = 40;
-  next.previousMovesToGo = 1;
-  TimeBudget fresh = allocateTime(next);
-  EXPECT_EQ(fresh.periodMovesToGo, 40);
-  EXPECT_EQ(fresh.periodClockWhite, 250000000LL * 95 / 100);
 }

@@ -243,7 +243,7 @@ std::vector<Move> GameBoard::legalMoves() {
   computeChecksAndPins(*pos_);
   MoveWord* end = generateLegalMoves(*pos_, list);
   std::vector<Move> moves;
-  for (MoveWord* w = list; w < end && *w; ++w) moves.push_back(Move(*w & 0xFFFF));
+  for (MoveWord* w = list; w < end && *w; ++w) moves.push_back(moveOf(*w));
   return moves;
 }
 
