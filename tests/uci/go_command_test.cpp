@@ -63,12 +63,8 @@ TEST_F(GoCommand, InfiniteAndPonder) {
   go("go ponder wtime 60000 btime 60000");
   EXPECT_EQ(Engine.ponderMode, 1);
   EXPECT_EQ(Limits.threeQuarterTarget, 843750 * 3 / 4);   // the allocation overwrites it
-  Engine.stopRequested = Engine.ponderHitTimeReset = Engine.ponderHit = 1;
   go("go depth 3");
   EXPECT_EQ(Engine.ponderMode, 0);
-  EXPECT_EQ(Engine.stopRequested, 0);
-  EXPECT_EQ(Engine.ponderHitTimeReset, 0);
-  EXPECT_EQ(Engine.ponderHit, 0);
 }
 
 TEST_F(GoCommand, DepthAndNodeFlagsCarryOver) {
