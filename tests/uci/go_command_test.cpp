@@ -29,7 +29,6 @@ class GoCommand : public testing::Test {
 TEST_F(GoCommand, ClockFigures) {
   go("go wtime 300000 movestogo 40");
   EXPECT_EQ(Limits.softTarget, 6279069);
-  EXPECT_EQ(Limits.threeQuarterTargetPoll, 6279069 * 3 / 4);
   EXPECT_EQ(Limits.analysis, 0);
   go("go movetime 1000");
   EXPECT_EQ(Limits.hardLimit, 990000);
