@@ -32,12 +32,5 @@ TEST(Perft, SuiteCountsBulkMadeAndMirrored) {
     }
 }
 
-TEST(Perft, MirrorOfMirrorIsTheOriginal) {
-  const char* fens[] = {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
-                        "8/8/8/3pP3/8/8/8/4K2k w - d6 0 2"};
-  for (const char* fen : fens) EXPECT_EQ(mirrorFen(mirrorFen(fen)), fen);
-  EXPECT_EQ(mirrorFen("8/8/8/3pP3/8/8/8/4K2k w - d6 0 2"), "4k2K/8/8/8/3Pp3/8/8/8 b - d3 0 2");
-}
-
 }  // namespace
 }  // namespace tavrin::test

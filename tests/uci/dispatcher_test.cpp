@@ -48,13 +48,3 @@ TEST_F(Dispatcher, CommandsWhileSearchingAreLimited) {
   Engine.searchRunning = 0;
   Engine.stopRequested = 0;
 }
-
-TEST_F(Dispatcher, NewGameResetsTheGameState) {
-  run("position startpos moves e2e4 e7e5");
-  Engine.firstSearch = 0;
-  run("ucinewgame");
-  EXPECT_EQ(Engine.firstSearch, 1);
-  EXPECT_EQ(Engine.positionReady, 1);
-  EXPECT_EQ(RootPosition.board[E2], WhitePawn);
-  EXPECT_EQ(RootPosition.state - RootPosition.stateStack, 1);   // the second entry is current
-}

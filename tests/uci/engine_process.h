@@ -132,6 +132,15 @@ class EngineProcess {
     }
   }
 
+  // Sends a search command and returns every line up to and including "bestmove" (everything
+  // read when no answer comes in time).
+  std::vector<std::string> search(const std::string& go, int timeoutMs) {
+    sendLine(go);
+    std::vector<std::string> seen;
+    readUntil("bestmove ", timeoutMs, &seen);
+    return seen;
+  }
+
   // Exit status once the process has ended, or -1 when it does not end in time (then killed).
   int waitExit(int timeoutMs) {
     const long long deadline = nowMs() + timeoutMs;

@@ -338,17 +338,6 @@ TEST(ProtocolSearch, PonderExchange) {
   expectCleanEnd(e);
 }
 
-TEST(ProtocolSearch, QuitDuringASearchPrintsNoBestMove) {
-  EngineProcess e;
-  e.sendLine("position startpos");
-  e.sendLine("go infinite");
-  usleep(300000);
-  e.sendLine("quit");
-  EXPECT_EQ(e.waitExit(Reply), 0);
-  std::vector<std::string> seen;
-  EXPECT_FALSE(e.readUntil("bestmove", 200, &seen));
-}
-
 TEST(ProtocolSearch, UcinewgameDuringASearchStopsIt) {
   EngineProcess e;
   expectAlive(e);

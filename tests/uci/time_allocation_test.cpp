@@ -45,8 +45,6 @@ TEST(TimeAllocation, TableOfClocks) {
     TimeBudget b = allocateTime(clockOf(c.wtimeMs, c.btimeMs, c.incMs, c.movesToGo, c.white));
     EXPECT_EQ(b.softTarget, c.soft) << c.wtimeMs << " " << c.btimeMs << " " << c.incMs << " " << c.movesToGo;
     EXPECT_EQ(b.hardLimit, c.hard) << c.wtimeMs << " " << c.btimeMs << " " << c.incMs << " " << c.movesToGo;
-    EXPECT_EQ(b.quarterTarget, b.softTarget / 4);
-    EXPECT_EQ(b.threeQuarterTarget, b.softTarget * 3 / 4);
   }
 }
 
