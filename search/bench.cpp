@@ -2,7 +2,6 @@
 // so that the total node count is deterministic and changes only with the search's behaviour.
 #include "search/bench.h"
 
-#include <cstring>
 
 #include "board/fen.h"
 #include "common/globals.h"
@@ -76,8 +75,7 @@ bool benchSearch(const char* fen, int depth, std::uint64_t& nodes, std::uint16_t
   if (Tt.entries != BenchTableEntries) resizeTable(BenchHashMegabytes);
   clearTables();
   clearHistory();
-  // Killers live in the state entries above the root: nothing of an earlier search may stay.
-  std::memset(static_cast<void*>(rec.stateStack + 2), 0, (StateStackEntries - 2) * sizeof(StateEntry));
+  clearKillers();   // nothing of an earlier search may stay
   clearEvaluationTables();
 
   const bool quiet = Settings.quiet;

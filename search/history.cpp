@@ -1,5 +1,8 @@
-// Clearing the history table shared by every searcher (the table lives with the move generators).
+// Clearing the move-ordering memory: the history table shared by every searcher (it lives with
+// the move generators) and the killers in the search records' state entries.
 #include "search/history.h"
+
+#include <cstring>
 
 #include "search/search.h"
 
@@ -7,6 +10,11 @@ namespace tavrin {
 
 void clearHistory() {
   for (std::uint16_t& h : HistoryTable) h = HistoryStart;
+}
+
+void clearKillers() {
+  for (Position& rec : SearchRecords)
+    std::memset(static_cast<void*>(rec.stateStack + 2), 0, (StateStackEntries - 2) * sizeof(StateEntry));
 }
 
 }  // namespace tavrin

@@ -50,6 +50,8 @@ extern SearchReports Reports;
 
 // Clears the history table to its start value (2048 in every entry).
 void clearHistory();
+// Clears the killers: the state entries above the root entries of every search record.
+void clearKillers();
 
 // Root move list: 16-byte records ended by a zero record. The first word holds the move in its
 // low half and (last score - 32768) in its high half, so that descending words mean descending

@@ -70,6 +70,7 @@ void startNewGame(Position& pos) {
   clearTables();
   clearEvaluationTables();
   clearHistory();
+  clearKillers();   // a new game's searches are those of a fresh process
 }
 
 void dispatchCommand(Position& pos, const char* line) {

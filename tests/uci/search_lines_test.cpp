@@ -106,9 +106,9 @@ std::pair<std::string, std::string> newGameSearch(EngineProcess& e, const Case& 
   return answer;
 }
 
-// Disabled until ucinewgame clears the killers, which live in the search record's state entries
-// above the root: a later search of a position whose killers still fit searches differently.
-TEST(ProtocolNewGame, DISABLED_SearchesAfterUcinewgameMatchFreshProcesses) {
+// The killers live in the search record's state entries above the root: before ucinewgame cleared
+// them, a later search of a position whose killers still fitted searched differently.
+TEST(ProtocolNewGame, SearchesAfterUcinewgameMatchFreshProcesses) {
   const Case cases[] = {
       {"position startpos", 8},
       {"position startpos moves e2e4 e7e5 g1f3", 8},
