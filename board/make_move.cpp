@@ -85,7 +85,7 @@ void makeMove(Position& pos, Move m) {
   ++pos.nodes;
   if constexpr (Us == White) {
     // The main record polls its input every 4096 white moves, before the move is played.
-    if (pos.recordIndex == 0 && (++PollCounter & 0xFFF) == 0) InputPoll(pos);
+    if (pos.recordIndex == 0 && (++PollCounter & PollPhaseBits) == 0) InputPoll(pos);
   }
 
   StateEntry* st = pos.state + 1;
@@ -253,7 +253,7 @@ void unmakeMove(Position& pos, Move m) {
 void makeRootMove(Position& pos, Move m) {
   // Moves of the position command are not search moves: give back the count White's make adds,
   // unless that would cross a polling boundary.
-  if (pos.sideToMove == White && (PollCounter & 0xFFF) != 0) --PollCounter;
+  if (pos.sideToMove == White && (PollCounter & PollPhaseBits) != 0) --PollCounter;
   makeMoveAny(pos, m);
 }
 

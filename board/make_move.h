@@ -30,8 +30,10 @@ void unmakeNullMove(Position& pos);
 // squares castles, a pawn moving onto the en-passant square takes en passant.
 Move moveFromSquares(const Position& pos, Move m);
 
-// Global count of white moves made by the main record; every 4096 the input poll runs.
+// Global count of white moves made by the main record; every PollPeriod the input poll runs.
 extern std::uint64_t PollCounter;
+constexpr std::uint64_t PollPeriod = 4096;
+constexpr std::uint64_t PollPhaseBits = PollPeriod - 1;   // the counter's place within a period
 // The input poll that the count calls: installed by the protocol layer at start-up (until then
 // it does nothing).
 extern void (*InputPoll)(Position& pos);

@@ -68,4 +68,15 @@ inline std::string halfTurn(const std::string& fen) {
   return swapCase(board) + " " + (f[1] == "w" ? "b" : "w") + " - " + ep + " 0 1";
 }
 
+// The position without castling rights and its half-turn evaluate alike (from each one's White).
+inline void expectHalfTurnSymmetric(const std::string& fen) {
+  EvalFixture a, b;
+  const std::vector<std::string> f = splitFields(fen);
+  const std::string noCastle = f[0] + " " + f[1] + " - " + f[3] + " 0 1";
+  const std::string turned = halfTurn(fen);
+  Position& q = a.set(noCastle);
+  Position& t = b.set(turned);
+  ASSERT_EQ(whiteEval(q), -whiteEval(t)) << noCastle << "\nturned " << turned;
+}
+
 }  // namespace tavrin::test

@@ -1,5 +1,5 @@
-// Colour symmetry of the evaluation over the perft suite and over random games. The piece-square
-// table is turned by half a turn for Black by design, so the vertical mirror is compared with the
+// Colour symmetry of the evaluation over the perft suite and over random games. Black's
+// piece-square table is White's turned by half a turn, so the vertical mirror is compared with the
 // piece-square sum left out, and the half-turn (without castling) with everything in.
 #include <random>
 
@@ -35,12 +35,7 @@ void expectSymmetric(const std::string& fen) {
   p.st().psqScore = 0;
   m.st().psqScore = 0;
   ASSERT_EQ(whiteEval(p), -whiteEval(m)) << fen << "\nmirror " << mirror;
-
-  std::string noCastle = splitFields(fen)[0] + " " + splitFields(fen)[1] + " - " + splitFields(fen)[3] + " 0 1";
-  std::string turned = halfTurn(fen);
-  Position& q = a.set(noCastle);
-  Position& t = b.set(turned);
-  ASSERT_EQ(whiteEval(q), -whiteEval(t)) << noCastle << "\nturned " << turned;
+  expectHalfTurnSymmetric(fen);
 }
 
 TEST(EvalSymmetry, SuitePositions) {

@@ -29,13 +29,12 @@ using match::GameResult;
 // itself, for a sixteenth of what is left of the budget in white moves (which make anything from
 // a tenth to a half of the nodes, by the colour of the tree's last ply). A search then stops
 // within a few nodes of its budget, after some fifty calls that cost nothing against its nodes.
-constexpr std::uint64_t PollPeriod = 4096;
 constexpr std::uint64_t NoBudget = ~std::uint64_t(0);
 std::uint64_t NodeBudget = NoBudget;
 
 void armPoll(std::uint64_t nodesLeft) {
   const std::uint64_t whiteMoves = std::clamp<std::uint64_t>(nodesLeft / 16, 1, PollPeriod);
-  PollCounter = (PollCounter & ~(PollPeriod - 1)) + PollPeriod - whiteMoves;
+  PollCounter = (PollCounter & ~PollPhaseBits) + PollPeriod - whiteMoves;
 }
 
 void budgetPoll(Position& pos) {
