@@ -122,10 +122,13 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
     if (pe.semiOpenFiles[Us] & (1 << f))
       activity += (pe.semiOpenFiles[Them] & (1 << f)) ? term<Us>(W.RookOpenFile) : term<Us>(W.RookHalfOpenFile);
     else if (mob <= 3) {
-      // Shut in by its own king that has lost the right to castle on that side.
+      // Shut in by its own king that has lost the right to castle: the rook stands on the king's
+      // file or on the corner's side of it (a king on files a-d shuts in a rook on a lower file, a
+      // king on e-h one on a higher file).
       int ksq = pos.kingSquare(Us), kf = fileOf(ksq);
       bool canCastle = pos.st().castle & (T::KingSideRight | T::QueenSideRight);
-      if (T::RelativeRank(ksq) == 0 && !canCastle && ((kf < 4) == (f < kf))) activity += term<Us>(W.TrappedRook);
+      bool cornerSide = f == kf || (kf < 4 ? f < kf : f > kf);
+      if (T::RelativeRank(ksq) == 0 && !canCastle && cornerSide) activity += term<Us>(W.TrappedRook);
     }
     if (T::RelativeRank(s) == 6 &&
         (T::RelativeRank(enemyKing) == 7 || (enemyPawns & (Us == White ? Rank7Mask : Rank2Mask))))
