@@ -115,15 +115,22 @@ int evaluateStatic(Position& pos, const MaterialInfo& mi, const PawnEntry& pe, E
   return clampScore(total);
 }
 
+void prefetchEvaluation(const StateEntry& st) {
+  __builtin_prefetch(&EvalCache[st.key & (EvalCacheSize - 1)]);
+  __builtin_prefetch(pawnSlot(st.pawnKey));
+  if (!(st.materialKey & UnusualMaterial)) __builtin_prefetch(&MaterialTable[materialIndex(st.materialKey)]);
+}
+
 void evaluate(Position& pos, int lower, int upper, Move lastMove) {
   StateEntry& st = pos.st();
 
-  // Step 1. Material, and an early request for the pawn slot.
+  // Step 1. Material; the cache, pawn and material lines are requested together so that their
+  // misses overlap.
+  prefetchEvaluation(st);
   MaterialInfo mi = probeMaterial(pos);
   st.evalFlags = mi.flags;
   st.decisiveEval = 0;
   PawnEntry* slot = pawnSlot(st.pawnKey);
-  __builtin_prefetch(slot);
 
   // Step 2. Evaluation cache.
   std::uint64_t cached = EvalCache[st.key & (EvalCacheSize - 1)];

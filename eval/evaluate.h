@@ -10,6 +10,9 @@ namespace tavrin {
 // staticEval, positionalEval, lazyCount, decisiveEval, evalFlags and the attack summary.
 void evaluate(Position& pos, int lower, int upper, Move lastMove);
 
+// Asks the processor for the evaluation cache, pawn and material lines of the entry's keys.
+void prefetchEvaluation(const StateEntry& st);
+
 // Full-window evaluation used by set-up and the root.
 inline void evaluateFull(Position& pos) { evaluate(pos, -32767, 32767, 0); }
 
