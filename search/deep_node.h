@@ -45,6 +45,7 @@ inline bool nullMoveStep(Position& pos, int beta, int depth, Move ttMove, Move e
   const int nullDepth = depth - params::NullBaseReduction -
                         std::min(eval - beta, params::NullExtraCap) / params::NullExtraDivisor;
   makeNullMove(pos);
+  prefetchBucket(pos.st().key);
   computeAttackSummary(pos);
   int v = -nullWindowChild<Them, childRole<K>()>(pos, 1 - beta, nullDepth);
   unmakeNullMove(pos);

@@ -159,7 +159,7 @@ inline bool nodeOpening(Position& pos, Key key, int beta, int depth, Move& ttMov
 template <Color Us>
 inline bool makeAndEvaluate(Position& pos, Move m, int lower, int upper) {
   makeMove<Us>(pos, m);
-  __builtin_prefetch(ttBucket(pos.st().key));   // the child probes it after the evaluation
+  prefetchBucket(pos.st().key);   // the child probes it after the evaluation
   evaluate(pos, lower, upper, m);
   if (kingAttackers<Us>(pos.st())) {
     unmakeMove<Us>(pos, m);

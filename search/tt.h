@@ -66,6 +66,8 @@ void newSearch();
 inline TtEntry* ttBucket(Key key) {
   return Tt.table + (std::uint32_t(key) & Tt.indexMask);
 }
+// Asks the processor for the key's bucket ahead of its probe.
+inline void prefetchBucket(Key key) { __builtin_prefetch(ttBucket(key)); }
 inline std::uint32_t ttCheck(Key key) { return std::uint32_t(key >> 32); }
 inline std::uint8_t ttAge() { return std::uint8_t(Tt.searchAge); }
 // First entry of the key's bucket in the PV table.
