@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "board/attacks.h"
 #include "board/position.h"
 #include "eval/pawns.h"
 
@@ -55,9 +56,37 @@ template <Color Us> void evaluatePawnEnding(Position& pos, const MaterialInfo& m
 void evaluatePawnEndingWhite(Position& pos, const MaterialInfo& material, PawnEntry& pawns);
 void evaluatePawnEndingBlack(Position& pos, const MaterialInfo& material, PawnEntry& pawns);
 
-// The attack-summary fields that follow from the two attack sets: king attackers, pins, check
-// candidates, exemptions, exchange exclusion and pawn threats; clears evalFinal.
-void finishAttackSummary(Position& pos, Bitboard attackedByWhite, Bitboard attackedByBlack);
+// Slider lines from a king's square: its slider attackers stand on them, and a piece of the
+// other colour that reaches one of their empty squares can check from there.
+struct KingLines {
+  Bitboard rook = 0, bishop = 0;
+};
+inline KingLines kingLines(const Position& pos, int kingSquare) {
+  return {rookAttacks(kingSquare, pos), bishopAttacks(kingSquare, pos)};
+}
+
+// Empty squares from which a knight, a bishop or a rook of the side to move would check.
+struct CheckSquares {
+  Bitboard knight = 0, bishop = 0, rook = 0;
+};
+template <Color Us>
+inline CheckSquares checkSquares(const Position& pos, const KingLines& enemyKing) {
+  const Bitboard empty = ~pos.occupied;
+  return {knightAttacks(pos.kingSquare(~Us)) & empty, enemyKing.bishop & empty, enemyKing.rook & empty};
+}
+
+// What the attack summary is built from; the evaluation fills it on its way, the summary's own
+// pass when there is no full evaluation.
+struct SummaryParts {
+  Bitboard attacked[2] = {0, 0};   // [Black, White]
+  KingLines lines[2];              // from each colour's king
+  Bitboard pinned = 0;             // the side to move's pinned pieces
+  Bitboard pieceCandidates = 0;    // the side to move's knights to queens that reach a checking square
+};
+
+// The attack-summary fields: attack sets, king attackers, pins, check candidates, exemptions,
+// exchange exclusion and pawn threats; clears evalFinal.
+void finishAttackSummary(Position& pos, const SummaryParts& parts);
 
 // The evaluation cache: upper 48 key bits and the low 16 bits of staticEval.
 constexpr int EvalCacheSize = 32768;

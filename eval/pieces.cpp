@@ -26,6 +26,10 @@ struct AttackInfo {
   int kingAttackers[2];        // pieces of this colour attacking the enemy king zone
   int kingAttackWeight[2];
   int kingZoneAttacks[2];      // attacks on squares next to the enemy king
+  // Shared with the attack summary.
+  KingLines lines[2];          // slider lines from each king
+  Bitboard pinnedToMove;       // the side to move's pinned pieces
+  Bitboard checkCandidates;    // the side to move's pieces that reach a checking square
 };
 
 template <Color Us>
@@ -49,6 +53,7 @@ void initAttacks(const Position& pos, AttackInfo& ai) {
   ai.all[Us] = left | right | kingAtt;
   ai.twice[Us] = (left & right) | ((left | right) & kingAtt);
   ai.kingZone[Us] = kingAtt | bit(ksq);
+  ai.lines[Us] = kingLines(pos, ksq);
   // Pawns that cannot move or have not moved yet, the own king and squares held by enemy pawns
   // do not count as room for the pieces.
   Bitboard lowRanks = Us == White ? (Rank2Mask | Rank3Mask) : (Rank7Mask | Rank6Mask);
@@ -58,9 +63,11 @@ void initAttacks(const Position& pos, AttackInfo& ai) {
   ai.mobilityArea[Us] = ~((pawns & (lowRanks | blocked)) | bit(ksq) | enemyPawnAttacks);
 }
 
-// Knights, bishops, rooks and queens of one colour: mobility, activity and attacks.
+// Knights, bishops, rooks and queens of one colour: mobility, activity and attacks. Pieces that
+// reach one of the checking squares (none for the side not to move) become check candidates.
 template <Color Us>
-void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai, EvalTerms& terms) {
+void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai, EvalTerms& terms,
+                        const CheckSquares& checks) {
   using T = ColorTraits<Us>;
   constexpr Color Them = T::Them;
   Packed mobility = 0, activity = 0;
@@ -79,6 +86,9 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
       ai.kingZoneAttacks[Us] += popCount(att & ai.byKind[Them][King]);
     }
   };
+  auto checkCandidate = [&](int s, Bitboard att, Bitboard checking) {
+    if (att & checking) ai.checkCandidates |= bit(s);
+  };
   auto minorCommon = [&](int s, bool knight) {
     Bitboard sq = bit(s);
     if ((sq & outpostRanks & ~enemyPawnSpan)) {
@@ -93,6 +103,7 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
     Bitboard att = knightAttacks(s);
     addAttacks<Us>(ai, Knight, att);
     kingAttack(Knight, att);
+    checkCandidate(s, att, checks.knight);
     mobility += term<Us>(W.KnightMobility[popCount(att & ai.mobilityArea[Us])]);
     minorCommon(s, true);
   }
@@ -101,6 +112,7 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
     Bitboard att = bishopAttacks(s, pos);
     addAttacks<Us>(ai, BishopLight, att);
     kingAttack(BishopLight, att);
+    checkCandidate(s, att, checks.bishop);
     mobility += term<Us>(W.BishopMobility[popCount(att & ai.mobilityArea[Us])]);
     minorCommon(s, false);
     Bitboard colour = isDarkSquare(s) ? DarkSquares : ~DarkSquares;
@@ -116,6 +128,7 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
     Bitboard att = rookAttacks(s, pos);
     addAttacks<Us>(ai, Rook, att);
     kingAttack(Rook, att);
+    checkCandidate(s, att, checks.rook);
     int mob = popCount(att & ai.mobilityArea[Us]);
     mobility += term<Us>(W.RookMobility[mob]);
     int f = fileOf(s);
@@ -139,6 +152,7 @@ void evaluatePieceKinds(const Position& pos, const PawnEntry& pe, AttackInfo& ai
     Bitboard att = queenAttacks(s, pos);
     addAttacks<Us>(ai, Queen, att);
     kingAttack(Queen, att);
+    checkCandidate(s, att, checks.bishop | checks.rook);
     mobility += term<Us>(W.QueenMobility[popCount(att & ai.mobilityArea[Us])]);
     if (T::RelativeRank(s) == 6 &&
         (T::RelativeRank(enemyKing) == 7 || (enemyPawns & (Us == White ? Rank7Mask : Rank2Mask))))
@@ -167,7 +181,7 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
 
   Bitboard weak = ai.all[Them] & ~ai.twice[Us] & (~ai.all[Us] | ai.byKind[Us][King] | ai.byKind[Us][Queen]);
   Bitboard safe = ~pos.pieces[T::EnemyAll] & (~ai.all[Us] | (weak & ai.twice[Them]));
-  Bitboard rookLines = rookAttacks(ksq, pos), bishopLines = bishopAttacks(ksq, pos);
+  Bitboard rookLines = ai.lines[Us].rook, bishopLines = ai.lines[Us].bishop;
   Bitboard knightSquares = knightAttacks(ksq);
 
   if (ActiveTrace) [[unlikely]] {
@@ -178,7 +192,7 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   int danger = ai.kingAttackers[Them] * ai.kingAttackWeight[Them] +
                termIn(W.ZoneAttackWeight, Channel, ai.kingZoneAttacks[Them]) +
                termIn(W.WeakZoneWeight, Channel, popCount(ai.kingZone[Us] & weak)) +
-               termIn(W.PinnedDanger, Channel, popCount(pinnedPieces<Us>(pos))) + termIn(W.DangerBase, Channel);
+               termIn(W.PinnedDanger, Channel, popCount(Us == pos.sideToMove ? ai.pinnedToMove : pinnedPieces<Us>(pos))) + termIn(W.DangerBase, Channel);
   Bitboard queenChecks = (rookLines | bishopLines) & ai.byKind[Them][Queen];
   Bitboard rookChecks = rookLines & ai.byKind[Them][Rook];
   Bitboard bishopChecks = bishopLines & ai.byKind[Them][BishopLight];
@@ -265,15 +279,26 @@ Packed evaluatePieces(Position& pos, const PawnEntry& pe, EvalTerms& terms) {
   AttackInfo ai{};
   initAttacks<White>(pos, ai);
   initAttacks<Black>(pos, ai);
-  evaluatePieceKinds<White>(pos, pe, ai, terms);
-  evaluatePieceKinds<Black>(pos, pe, ai, terms);
+  const bool whiteToMove = pos.sideToMove == White;
+  const CheckSquares checks =
+      whiteToMove ? checkSquares<White>(pos, ai.lines[Black]) : checkSquares<Black>(pos, ai.lines[White]);
+  ai.pinnedToMove = whiteToMove ? pinnedPieces<White>(pos) : pinnedPieces<Black>(pos);
+  evaluatePieceKinds<White>(pos, pe, ai, terms, whiteToMove ? checks : CheckSquares{});
+  evaluatePieceKinds<Black>(pos, pe, ai, terms, whiteToMove ? CheckSquares{} : checks);
   terms.kingSafety[White] = evaluateKing<White>(pos, pe, ai);
   terms.kingSafety[Black] = evaluateKing<Black>(pos, pe, ai);
   terms.threats[White] = evaluateThreats<White>(pos, ai);
   terms.threats[Black] = evaluateThreats<Black>(pos, ai);
   terms.passed[White] = evaluatePassed<White>(pos, pe, ai);
   terms.passed[Black] = evaluatePassed<Black>(pos, pe, ai);
-  finishAttackSummary(pos, ai.all[White], ai.all[Black]);
+  SummaryParts parts;
+  parts.attacked[White] = ai.all[White];
+  parts.attacked[Black] = ai.all[Black];
+  parts.lines[White] = ai.lines[White];
+  parts.lines[Black] = ai.lines[Black];
+  parts.pinned = ai.pinnedToMove;
+  parts.pieceCandidates = ai.checkCandidates;
+  finishAttackSummary(pos, parts);
   Packed sum = 0;
   for (Color c : {White, Black}) {
     Packed side = terms.mobility[c] + terms.pieces[c] + terms.kingSafety[c] + terms.threats[c] + terms.passed[c];
