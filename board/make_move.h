@@ -1,7 +1,9 @@
 // Making and unmaking moves, the null move, and completing a move from its squares.
 #pragma once
 
+#include "board/material.h"
 #include "board/position.h"
+#include "board/zobrist.h"
 
 namespace tavrin {
 
@@ -21,6 +23,30 @@ void makeMoveAny(Position& pos, Move m);
 void unmakeMove(Position& pos, Move m);
 // The make used for moves of the position command: it does not count toward input polling.
 void makeRootMove(Position& pos, Move m);
+
+// The keys of the position a move leads to, for early memory requests: exact for ordinary moves
+// and captures; what castling, promotions, lost castling rights and new en-passant squares change
+// is left out.
+struct ChildKeys {
+  Key key, pawnKey;
+  std::uint32_t materialKey;
+};
+inline ChildKeys childKeys(const Position& pos, Move m) {
+  const StateEntry& st = *pos.state;
+  const int from = moveFrom(m), to = moveTo(m);
+  const int piece = pos.board[from], captured = pos.board[to];
+  const Key delta = Zobrist.pieceSquare[piece][from] ^ Zobrist.pieceSquare[piece][to];
+  ChildKeys next{st.key ^ delta ^ Zobrist.side, st.pawnKey, st.materialKey};
+  if (st.epSquare) next.key ^= Zobrist.enPassant[st.epSquare & 7];
+  if (kindOf(piece) == Pawn || kindOf(piece) == King) next.pawnKey ^= delta;
+  if (captured) {
+    const Key victim = Zobrist.pieceSquare[captured][to];
+    next.key ^= victim;
+    if (kindOf(captured) == Pawn) next.pawnKey ^= victim;
+    next.materialKey -= MaterialConstant[captured];
+  }
+  return next;
+}
 
 // Passes the turn. Taken back by unmakeNullMove.
 void makeNullMove(Position& pos);

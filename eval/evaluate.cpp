@@ -115,10 +115,10 @@ int evaluateStatic(Position& pos, const MaterialInfo& mi, const PawnEntry& pe, E
   return clampScore(total);
 }
 
-void prefetchEvaluation(const StateEntry& st) {
-  __builtin_prefetch(&EvalCache[st.key & (EvalCacheSize - 1)]);
-  __builtin_prefetch(pawnSlot(st.pawnKey));
-  if (!(st.materialKey & UnusualMaterial)) __builtin_prefetch(&MaterialTable[materialIndex(st.materialKey)]);
+void prefetchEvaluation(Key key, Key pawnKey, std::uint32_t materialKey) {
+  __builtin_prefetch(&EvalCache[key & (EvalCacheSize - 1)]);
+  __builtin_prefetch(pawnSlot(pawnKey));
+  if (!(materialKey & UnusualMaterial)) __builtin_prefetch(&MaterialTable[materialIndex(materialKey)]);
 }
 
 void evaluate(Position& pos, int lower, int upper, Move lastMove) {
@@ -126,7 +126,7 @@ void evaluate(Position& pos, int lower, int upper, Move lastMove) {
 
   // Step 1. Material; the cache, pawn and material lines are requested together so that their
   // misses overlap.
-  prefetchEvaluation(st);
+  prefetchEvaluation(st.key, st.pawnKey, st.materialKey);
   MaterialInfo mi = probeMaterial(pos);
   st.evalFlags = mi.flags;
   st.decisiveEval = 0;

@@ -10,8 +10,8 @@ namespace tavrin {
 // staticEval, positionalEval, lazyCount, decisiveEval, evalFlags and the attack summary.
 void evaluate(Position& pos, int lower, int upper, Move lastMove);
 
-// Asks the processor for the evaluation cache, pawn and material lines of the entry's keys.
-void prefetchEvaluation(const StateEntry& st);
+// Asks the processor for the evaluation cache, pawn and material lines of these keys.
+void prefetchEvaluation(Key key, Key pawnKey, std::uint32_t materialKey);
 
 // Full-window evaluation used by set-up and the root.
 inline void evaluateFull(Position& pos) { evaluate(pos, -32767, 32767, 0); }

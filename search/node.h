@@ -158,8 +158,13 @@ inline bool nodeOpening(Position& pos, Key key, int beta, int depth, Move& ttMov
 // illegal move (own king attacked) is taken back at once and false returned.
 template <Color Us>
 inline bool makeAndEvaluate(Position& pos, Move m, int lower, int upper) {
+  // The child's lines are requested before the make, and the bucket again once the key is
+  // exact: the child probes it after the evaluation.
+  const ChildKeys next = childKeys(pos, m);
+  prefetchBucket(next.key);
+  prefetchEvaluation(next.key, next.pawnKey, next.materialKey);
   makeMove<Us>(pos, m);
-  prefetchBucket(pos.st().key);   // the child probes it after the evaluation
+  prefetchBucket(pos.st().key);
   evaluate(pos, lower, upper, m);
   if (kingAttackers<Us>(pos.st())) {
     unmakeMove<Us>(pos, m);

@@ -88,8 +88,17 @@ TEST(MakeUnmake, RandomGamesRestoreEverythingAndKeepIncrementalState) {
       const Snapshot before(pos);
       for (MoveWord* w = list; w != end; ++w) {
         const Move m = moveOf(*w);
+        const ChildKeys predicted = childKeys(pos, m);
+        const std::uint8_t castle = pos.st().castle;
         makeMoveAny(pos, m);
         expectDerivedStateMatches(pos, "after " + std::to_string(m) + " in " + toFen(pos));
+        // The early keys are exact for ordinary moves that keep the castling rights and leave no
+        // en-passant square.
+        if (moveKind(m) == NormalMove && pos.st().castle == castle && !pos.st().epSquare) {
+          ASSERT_EQ(predicted.key, pos.st().key) << toFen(pos);
+          ASSERT_EQ(predicted.pawnKey, pos.st().pawnKey) << toFen(pos);
+          ASSERT_EQ(predicted.materialKey, pos.st().materialKey) << toFen(pos);
+        }
         ASSERT_FALSE(leftOwnKingInCheck(pos)) << toFen(pos);
         unmakeMove(pos, m);
         ASSERT_TRUE(Snapshot(pos) == before) << "unmake of " << m << " in " << toFen(pos);

@@ -56,8 +56,10 @@ TEST(AttackSummary, EvaluationAndOwnPassAgreeWithTheBoard) {
       MoveWord* end = generateLegalMoves(pos, list);
       // Every quiet move that checks starts from a check candidate (the search never prunes those).
       for (Move m : movesOf(list, end)) {
-        const bool quiet = !pos.board[moveTo(m)] && (moveKind(m) == NormalMove);
-        if (quiet && givesCheck(pos, m)) EXPECT_TRUE(ownPass.checkCandidates & bit(moveFrom(m))) << text(m);
+        const bool quiet = !pos.board[moveTo(m)] && moveKind(m) == NormalMove;
+        if (quiet && givesCheck(pos, m)) {
+          EXPECT_TRUE(ownPass.checkCandidates & bit(moveFrom(m))) << text(m);
+        }
       }
       if (end == list) break;
       makeMoveAny(pos, moveOf(list[rng() % std::size_t(end - list)]));
