@@ -156,13 +156,19 @@ inline bool nodeOpening(Position& pos, Key key, int beta, int depth, Move& ttMov
 
 // Makes the move and evaluates the child with the lazy window around the mover's beta. An
 // illegal move (own king attacked) is taken back at once and false returned.
+// Requests the memory lines that the child of m reads first: its table bucket and its
+// evaluation cache, pawn and material lines.
+inline void prefetchChild(const Position& pos, Move m) {
+  const ChildKeys next = childKeys(pos, m);
+  prefetchBucket(next.key);
+  prefetchEvaluation(next.key, next.pawnKey, next.materialKey);
+}
+
 template <Color Us>
 inline bool makeAndEvaluate(Position& pos, Move m, int lower, int upper) {
   // The child's lines are requested before the make, and the bucket again once the key is
   // exact: the child probes it after the evaluation.
-  const ChildKeys next = childKeys(pos, m);
-  prefetchBucket(next.key);
-  prefetchEvaluation(next.key, next.pawnKey, next.materialKey);
+  prefetchChild(pos, m);
   makeMove<Us>(pos, m);
   prefetchBucket(pos.st().key);
   evaluate(pos, lower, upper, m);

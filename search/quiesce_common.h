@@ -124,6 +124,7 @@ inline bool quiesceMoves(Position& pos, Bitboard targets, Move ttMove, Decides d
   promoteTableMove(list, end, ttMove);
   for (MoveWord* cur = list; cur < end; ++cur) {
     const MoveWord w = picker_detail::selectBest(cur, end);
+    prefetchChild(pos, moveOf(w));   // the exchange test runs while the lines arrive
     if (losingCapture<Us>(pos, w)) continue;
     if (decides(moveOf(w))) return true;
   }
