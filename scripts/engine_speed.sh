@@ -39,27 +39,27 @@ search() {
 
 STARTPOS="rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
 declare -A START BENCH_N BENCH_T
-for spec in "$@"; do START[${spec%%=*}]=""; BENCH_N[${spec%%=*}]=0; BENCH_T[${spec%%=*}]=0; done
+for entry in "$@"; do START[${entry%%=*}]=""; BENCH_N[${entry%%=*}]=0; BENCH_T[${entry%%=*}]=0; done
 
 for ((r = 0; r < ROUNDS; ++r)); do
-  for spec in "$@"; do
-    read -r n t < <(search "${spec#*=}" "$STARTPOS" $((SECONDS_START * 1000)))
-    START[${spec%%=*}]+="$(awk -v n="$n" -v t="$t" 'BEGIN { printf "%.0f", (t > 0 ? n * 1000 / t : 0) }') "
+  for entry in "$@"; do
+    read -r n t < <(search "${entry#*=}" "$STARTPOS" $((SECONDS_START * 1000)))
+    START[${entry%%=*}]+="$(awk -v n="$n" -v t="$t" 'BEGIN { printf "%.0f", (t > 0 ? n * 1000 / t : 0) }') "
   done
 done
 
 mapfile -t FENS < <("$TOOL" bench 1 | sed -n 's/^position .* bestmove [^ ]* *//p')
 for fen in "${FENS[@]}"; do
-  for spec in "$@"; do
-    read -r n t < <(search "${spec#*=}" "$fen" "$MS_BENCH")
-    BENCH_N[${spec%%=*}]=$((BENCH_N[${spec%%=*}] + n))
-    BENCH_T[${spec%%=*}]=$((BENCH_T[${spec%%=*}] + t))
+  for entry in "$@"; do
+    read -r n t < <(search "${entry#*=}" "$fen" "$MS_BENCH")
+    BENCH_N[${entry%%=*}]=$((BENCH_N[${entry%%=*}] + n))
+    BENCH_T[${entry%%=*}]=$((BENCH_T[${entry%%=*}] + t))
   done
 done
 
 printf '%-12s %28s %24s\n' engine "start position (M nodes/s)" "bench positions (M/s)"
-for spec in "$@"; do
-  name=${spec%%=*}
+for entry in "$@"; do
+  name=${entry%%=*}
   median=$(tr ' ' '\n' <<<"${START[$name]}" | grep . | sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }')
   printf '%-12s %28s %24s\n' "$name" \
     "$(awk -v m="$median" -v all="${START[$name]}" 'BEGIN { printf "%.2f (runs: %s)", m / 1e6, all }')" \
