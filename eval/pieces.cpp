@@ -183,6 +183,7 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   Bitboard safe = ~pos.pieces[T::EnemyAll] & (~ai.all[Us] | (weak & ai.twice[Them]));
   Bitboard rookLines = ai.lines[Us].rook, bishopLines = ai.lines[Us].bishop;
   Bitboard knightSquares = knightAttacks(ksq);
+  Bitboard pinned = Us == pos.sideToMove ? ai.pinnedToMove : pinnedPieces<Us>(pos);
 
   if (ActiveTrace) [[unlikely]] {
     ActiveTrace->dangerScored[Us] = true;
@@ -192,7 +193,7 @@ Packed evaluateKing(const Position& pos, const PawnEntry& pe, const AttackInfo& 
   int danger = ai.kingAttackers[Them] * ai.kingAttackWeight[Them] +
                termIn(W.ZoneAttackWeight, Channel, ai.kingZoneAttacks[Them]) +
                termIn(W.WeakZoneWeight, Channel, popCount(ai.kingZone[Us] & weak)) +
-               termIn(W.PinnedDanger, Channel, popCount(Us == pos.sideToMove ? ai.pinnedToMove : pinnedPieces<Us>(pos))) + termIn(W.DangerBase, Channel);
+               termIn(W.PinnedDanger, Channel, popCount(pinned)) + termIn(W.DangerBase, Channel);
   Bitboard queenChecks = (rookLines | bishopLines) & ai.byKind[Them][Queen];
   Bitboard rookChecks = rookLines & ai.byKind[Them][Rook];
   Bitboard bishopChecks = bishopLines & ai.byKind[Them][BishopLight];
