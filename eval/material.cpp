@@ -3,12 +3,13 @@
 
 #include "board/bitboard.h"
 #include "common/globals.h"
+#include "common/platform.h"
 #include "eval/trace.h"
 #include "eval/weights.h"
 
 namespace tavrin {
 
-MaterialEntry MaterialTable[MaterialTableSize];
+MaterialEntry* MaterialTable = nullptr;
 
 namespace {
 
@@ -121,6 +122,9 @@ MaterialCounts decodeMaterialIndex(int index) {
 }
 
 void buildMaterialTable() {
+  // Allocated once, on large pages where the system has them: every evaluation reads a row.
+  if (!MaterialTable)
+    MaterialTable = static_cast<MaterialEntry*>(alignedAlloc(std::size_t(MaterialTableSize) * sizeof(MaterialEntry)));
   Built = currentValues();
   for (int index = 0; index < MaterialTableSize; ++index) {
     MaterialCounts c = decodeMaterialIndex(index);

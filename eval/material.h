@@ -20,7 +20,7 @@ struct MaterialEntry {
 static_assert(sizeof(MaterialEntry) == 6, "material rows are six bytes");
 
 constexpr int MaterialTableSize = 419904;
-extern MaterialEntry MaterialTable[MaterialTableSize];
+extern MaterialEntry* MaterialTable;   // MaterialTableSize rows, allocated by the first build
 
 // evalFlags bits.
 constexpr std::uint8_t FlagBlackPieces = 1 << 0;   // Black has a knight, bishop, rook or queen
