@@ -17,12 +17,15 @@ namespace tavrin {
 
 Position RootPosition;
 
-void initializeEngine() {
+void initializeEngine() { initializeEngine(EngineGlobals{}.hashMegabytes); }
+
+void initializeEngine(int tableMegabytes) {
   static bool initialized = false;
   if (initialized) return;
   initialized = true;
 
   Engine = EngineGlobals{};
+  Engine.hashMegabytes = tableMegabytes;
   connectSearchToProtocol();
   Limits = SearchLimits{};
   initPosition(RootPosition);

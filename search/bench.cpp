@@ -62,7 +62,6 @@ const char* const BenchPositions[] = {
 const int BenchPositionCount = int(sizeof BenchPositions / sizeof BenchPositions[0]);
 
 namespace {
-constexpr int BenchHashMegabytes = 16;
 constexpr std::uint64_t BenchTableEntries = (std::uint64_t(BenchHashMegabytes) << 20) / sizeof(TtEntry);
 }  // namespace
 

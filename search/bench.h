@@ -5,6 +5,9 @@
 
 namespace tavrin {
 
+// The bench's own table size: the signature does not depend on the Hash option.
+constexpr int BenchHashMegabytes = 16;
+
 struct BenchResult {
   std::uint64_t nodes = 0;
   std::int64_t micros = 0;

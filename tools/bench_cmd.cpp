@@ -31,7 +31,7 @@ int benchCommand(int argc, char** argv) {
       return 2;
     }
   }
-  initializeEngine();
+  initializeEngine(BenchHashMegabytes);   // not the engine's 126 MB, which the bench would replace
   const BenchResult r = runBench(depth, printPosition);
   const long long ms = r.micros / 1000;
   std::printf("time %lld ms\nnodes %llu\nnps %llu\n", ms, static_cast<unsigned long long>(r.nodes),
