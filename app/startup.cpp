@@ -30,7 +30,8 @@ void initializeEngine(int tableMegabytes) {
   Limits = SearchLimits{};
   initPosition(RootPosition);
 
-  for (Position& record : SearchRecords) initPosition(record);
+  // The other threads' records get their stacks when the threads are started.
+  initPosition(SearchRecords[0]);
   initSplitPoints();
 
   if (Engine.hashMegabytes == 0) Engine.hashMegabytes = 60;
@@ -46,7 +47,7 @@ void initializeEngine(int tableMegabytes) {
   initEvaluation();
 
   seedEvaluationNoise(RootPosition);
-  for (Position& record : SearchRecords) seedEvaluationNoise(record);
+  seedEvaluationNoise(SearchRecords[0]);
 
   startNewGame(RootPosition);
 }

@@ -18,14 +18,19 @@ void noEvaluation(Position&) {}
 }  // namespace
 void (*EvaluatePosition)(Position&) = noEvaluation;
 
-void initPosition(Position& pos) {
+void initPosition(Position& pos, int stackEntries) {
   StateEntry* stack = pos.stateStack;
+  if (stack && int(pos.stackEntries) != stackEntries) {
+    releasePosition(pos);
+    stack = nullptr;
+  }
   std::memset(static_cast<void*>(&pos), 0, sizeof(Position));
   // One zeroed guard entry below the base keeps "the entry below the current one" readable
   // even when the base itself is current (as after reading a FEN).
-  if (!stack) stack = new (std::align_val_t(64)) StateEntry[StateStackEntries + 1]() + 1;
-  std::memset(static_cast<void*>(stack), 0, sizeof(StateEntry) * StateStackEntries);
+  if (!stack) stack = new (std::align_val_t(64)) StateEntry[stackEntries + 1]() + 1;
+  std::memset(static_cast<void*>(stack), 0, sizeof(StateEntry) * stackEntries);
   pos.stateStack = stack;
+  pos.stackEntries = std::uint32_t(stackEntries);
   pos.state = stack;
 }
 
@@ -40,7 +45,7 @@ void setStartPosition(Position& pos) {
   static constexpr std::uint8_t LastRank[8] = {BlackRook, BlackKnight, BlackBishopLight, BlackQueen,
                                                BlackKing, BlackBishopDark, BlackKnight, BlackRook};
   std::memset(pos.board, 0, sizeof pos.board);
-  std::memset(static_cast<void*>(pos.stateStack), 0, sizeof(StateEntry) * StateStackEntries);
+  std::memset(static_cast<void*>(pos.stateStack), 0, sizeof(StateEntry) * pos.stackEntries);
   // The first entry stays zero so that the entry below the root can always be read.
   pos.state = pos.stateStack + 1;
   pos.sideToMove = White;

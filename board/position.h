@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "board/types.h"
+#include "common/relaxed.h"
 
 namespace tavrin {
 
@@ -63,7 +64,9 @@ static_assert(offsetof(StateEntry, decisiveEval) < offsetof(StateEntry, lazyCoun
 constexpr int StateStackEntries = 4352;   // enough for MaxGamePlies moves and a full-depth search
 constexpr int KeyHistorySize = 4352;
 constexpr int MaxGamePlies = 4000;        // the position command plays no more moves than this
-constexpr int MaxThreads = 1;
+constexpr int MaxThreads = 64;        // the Threads option's upper bound
+// A worker record's stack: it starts at a split node and goes at most MaxSearchPly plies deeper.
+constexpr int WorkerStackEntries = 256;
 
 struct SplitPoint;
 
@@ -89,15 +92,16 @@ struct Position {
   std::uint8_t ply;             // plies from the root of the search
   // Everything above is the board part, copied when a search record is prepared.
   StateEntry* state;            // current entry
-  StateEntry* stateStack;       // base of the stack (StateStackEntries entries)
-  std::uint32_t reserved;
+  StateEntry* stateStack;       // base of the stack
+  std::uint32_t stackEntries;   // entries of the stack
   Key keyHistory[KeyHistorySize];
   std::uint64_t historyCount;   // index of the newest key in keyHistory
   std::uint64_t recordIndex;    // 0 for the main search record
   std::uint64_t nodes;
-  // Parallel search bookkeeping (one thread: present but never used for real work).
+  // Parallel search bookkeeping: the stop flag is polled by the record's own thread and set by
+  // others; the fields after it change under the split lock.
   std::uint64_t threadIndex;
-  std::uint8_t stopFlag;
+  RelaxedFlag stopFlag;
   std::uint8_t searchingSplit;
   std::uint8_t inUse;
   std::int32_t workerCount;
@@ -115,8 +119,9 @@ struct Position {
 
 constexpr std::size_t BoardPartBytes = offsetof(Position, state);
 
-// Allocates the state stack of a record (once, at start-up) and clears the record.
-void initPosition(Position& pos);
+// Allocates the state stack of a record (once, at start-up) and clears the record. A worker
+// record of the parallel search gets a short stack.
+void initPosition(Position& pos, int stackEntries = StateStackEntries);
 // Frees the state stack of a record that initPosition allocated (tests and tools).
 void releasePosition(Position& pos);
 // Sets the start position: board, stack (second entry current), keys, material and evaluation.

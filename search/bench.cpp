@@ -8,6 +8,7 @@
 #include "common/platform.h"
 #include "eval/evaluate.h"
 #include "search/search.h"
+#include "search/split_point.h"
 #include "search/tt.h"
 
 namespace tavrin {
@@ -93,7 +94,7 @@ bool benchSearch(const char* fen, int depth, std::uint64_t& nodes, std::uint16_t
   } catch (const SearchAborted&) {
   }
   Settings.quiet = quiet;
-  nodes = rec.nodes;
+  nodes = searchNodeCount();
   bestMove = Root.bestMove;
   return true;
 }

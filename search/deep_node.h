@@ -145,15 +145,141 @@ inline int razorLevel(int eval, int beta, int depth, int offset) {
   return gap >= (3 * depth - params::RazorPawnOffset) * params::RazorScale ? 2 : 1;
 }
 
+// The fixed values of a deep node's move loop, read by the threads that help at its split point.
+struct DeepLoop {
+  int beta, depth, eval;
+  Move ttMove, excluded;
+  int ttExtension;
+  Key storeKey;
+  bool prunable;
+  MoveCount atSplit;   // the move count when the node split
+};
+
+enum class MoveResult { Illegal, Pruned, Searched };
+
+// Step 10 for one move: the prunings before the make, the make with its evaluation and the
+// child's search. `count` is the node's move count when m was picked; the score is the mover's.
+template <Color Us, DeepKind K>
+inline MoveResult searchDeepMove(Position& pos, const DeepLoop& node, Move m, bool quietStage, const MoveCount& count,
+                                 int& score) {
+  constexpr Role ChildRole = childRole<K>();
+  const int beta = node.beta, depth = node.depth;
+  const int from = moveFrom(m), to = moveTo(m);
+
+  if (isReversal(pos, from, to, beta)) return MoveResult::Pruned;
+  if (node.prunable && quietStage) {
+    // Gain futility: even the best gain ever seen for this move cannot reach the threshold.
+    if (count.n > params::FutilityMinMoves &&
+        futileGain(pos, m, pos.st().checkCandidates, params::GainMarginShift << (depth - 6), node.eval, count.threshold))
+      return MoveResult::Pruned;
+    // Exchange futility: a quiet move that loses material when the node is not far ahead.
+    if (node.eval + (params::ExchangeMarginShift << (depth - 6)) < beta + params::ExchangeFutilityBase &&
+        futileExchange<Us>(pos, m))
+      return MoveResult::Pruned;
+  }
+
+  int extension = m == node.ttMove ? node.ttExtension : 0;
+  if (!extension && isPassedPawnPush<Us>(pos, m, 5)) extension = 1;
+
+  if (!makeAndEvaluate<Us>(pos, m, beta - params::LazyMargin, beta + params::LazyMargin)) return MoveResult::Illegal;
+  std::optional<int> result;
+  {
+    const LastTargetScope lastTarget(pos, m);
+    result = childScore<Us>(pos, beta, depth, [&]() -> std::optional<int> {
+      // Move-count pruning: late moves whose result stays far below beta.
+      if (count.n > params::FutilityMinMoves && node.prunable &&
+          moveCountPrunes(pos, m, params::MoveCountMarginShift << (depth - 6), count.n, beta))
+        return std::nullopt;
+      // Late-move reduction by floor(log2 k), k the running move counter.
+      return lateMoveChild<Us, ChildRole>(pos, beta, depth - 2 + extension,
+                                          quietStage && count.n >= params::LmrMinMoves, log2Floor(count.n + 1));
+    });
+  }
+  unmakeMove<Us>(pos, m);
+  if (!result) return MoveResult::Pruned;
+  score = *result;
+  return MoveResult::Searched;
+}
+
+// Steps 11 and 12's stores of a deep node: a fail-high as a lower bound (a weak one from an all
+// node), a fail-low as an upper bound (a weak one from a cut node).
+template <DeepKind K>
+inline void storeDeepLower(const DeepLoop& node, int score, Move m) {
+  if constexpr (K == DeepKind::All) storeWeakLower(node.storeKey, node.depth, score, m);
+  else storeLower(node.storeKey, node.depth, score, m);
+}
+template <DeepKind K>
+inline void storeDeepUpper(const DeepLoop& node) {
+  if constexpr (K == DeepKind::Cut) storeWeakUpper(node.storeKey, node.depth, node.beta - 1);
+  else storeUpper(node.storeKey, node.depth, node.beta - 1);
+}
+
+// The moves of a deep node's split point, searched by one of its threads: each takes the next
+// move under the split point's lock with the move count it stands at, and a cut-off stops them all.
+template <Color Us, DeepKind K>
+void deepSplitMoves(Position& pos, SplitPoint& sp) {
+  const DeepLoop& node = *static_cast<const DeepLoop*>(sp.task.node);
+  for (;;) {
+    Move m;
+    bool quietStage;
+    MoveCount count = node.atSplit;
+    {
+      std::lock_guard<std::mutex> g(sp.lock);
+      if (sp.stopped) return;
+      const MoveWord w = nextMove<Us>(pos, *sp.movePicker);
+      if (!w) return;
+      m = moveOf(w);
+      if (m == node.excluded) continue;
+      quietStage = sp.movePicker->inQuietStage();
+      const std::uint32_t k = sp.counters[0]++;
+      count.n += int(k);
+      count.threshold += int(k) * params::FutilityStep;
+    }
+    const int piece = pos.board[moveFrom(m)];
+    const bool quiet = isQuietMove(pos, m);
+    int score;
+    if (searchDeepMove<Us, K>(pos, node, m, quietStage, count, score) != MoveResult::Searched) continue;
+    if (pos.stopFlag) return;
+    bool cutOff;
+    {
+      std::lock_guard<std::mutex> g(sp.lock);
+      ++sp.counters[1];
+      cutOff = score >= node.beta && score > sp.bestValue;
+      if (cutOff) {
+        sp.bestValue = score;
+        sp.bestMove = m;
+      }
+    }
+    if (cutOff) {
+      stopSplitPoint(sp);
+      return;
+    }
+    if (quiet && node.eval > node.beta - params::HistoryPenaltyMargin) historyPenalty(piece, moveTo(m), node.depth);
+  }
+}
+
+// After a split: the cut-off's bookkeeping and store, or the fail-low store, as if the node had
+// searched every move itself. A record stopped from above keeps nothing.
+template <DeepKind K>
+inline int finishDeepSplit(Position& pos, const DeepLoop& node, int value) {
+  if (pos.stopFlag) return value;
+  if (value >= node.beta) {
+    const Move m = bestMoveSlot(pos);
+    recordCutoff(pos, m, pos.board[moveFrom(m)], node.depth, isQuietMove(pos, m));
+    storeDeepLower<K>(node, value, m);
+  } else {
+    storeDeepUpper<K>(node);
+  }
+  return value;
+}
+
 // Steps 10 to 12: the move loop of a deep null-window node.
 template <Color Us, DeepKind K>
 int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtension, Move excluded,
                  Key storeKey, int razor) {
   using T = ColorTraits<Us>;
-  constexpr Role ChildRole = childRole<K>();
-  StateEntry& st = pos.st();
-  const int eval = st.staticEval;
-  const bool prunable = depth < params::PrunableDepth;
+  DeepLoop node{beta, depth, pos.st().staticEval, ttMove, excluded, ttExtension, storeKey,
+                depth < params::PrunableDepth, {}};
 
   MovePicker mp;
   if (razor) {
@@ -174,7 +300,9 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
     if (Split.splitEnabled && Split.splitAllowed && !splitRefused && searched > 0 &&
         depth >= params::MinSplitDepth && mp.stage >= StageGenCaptures && mp.stage <= StageQuiet) {
       int splitValue;
-      if (trySplit(pos, &mp, depth, beta, beta - 1, SplitNonPvNode, splitValue)) return splitValue;
+      node.atSplit = count;
+      if (trySplit(pos, &mp, depth, beta, beta - 1, SplitNonPvNode, splitValue, {deepSplitMoves<Us, K>, &node}))
+        return finishDeepSplit<K>(pos, node, splitValue);
       splitRefused = true;
     }
 
@@ -182,62 +310,24 @@ int deepMoveLoop(Position& pos, int beta, int depth, Move ttMove, int ttExtensio
     if (!w) break;
     const Move m = moveOf(w);
     if (m == excluded) continue;
-    const int from = moveFrom(m), to = moveTo(m);
-    const bool quietStage = mp.inQuietStage();
-
-    if (isReversal(pos, from, to, beta)) {
-      count.next();
-      continue;
-    }
-    if (prunable && quietStage) {
-      // Gain futility: even the best gain ever seen for this move cannot reach the threshold.
-      if (count.n > params::FutilityMinMoves &&
-          futileGain(pos, m, st.checkCandidates, params::GainMarginShift << (depth - 6), eval, count.threshold)) {
-        count.next();
-        continue;
-      }
-      // Exchange futility: a quiet move that loses material when the node is not far ahead.
-      if (eval + (params::ExchangeMarginShift << (depth - 6)) < beta + params::ExchangeFutilityBase &&
-          futileExchange<Us>(pos, m)) {
-        count.next();
-        continue;
-      }
-    }
-
-    const int piece = pos.board[from];
+    const int piece = pos.board[moveFrom(m)];
     const bool quiet = isQuietMove(pos, m);
-    int extension = m == ttMove ? ttExtension : 0;
-    if (!extension && isPassedPawnPush<Us>(pos, m, 5)) extension = 1;
-
-    if (!makeAndEvaluate<Us>(pos, m, beta - params::LazyMargin, beta + params::LazyMargin)) continue;
-    const LastTargetScope lastTarget(pos, m);
-
-    const std::optional<int> score = childScore<Us>(pos, beta, depth, [&]() -> std::optional<int> {
-      // Move-count pruning: late moves whose result stays far below beta.
-      if (count.n > params::FutilityMinMoves && prunable &&
-          moveCountPrunes(pos, m, params::MoveCountMarginShift << (depth - 6), count.n, beta))
-        return std::nullopt;
-      // Late-move reduction by floor(log2 k), k the running move counter.
-      return lateMoveChild<Us, ChildRole>(pos, beta, depth - 2 + extension,
-                                          quietStage && count.n >= params::LmrMinMoves, log2Floor(count.n + 1));
-    });
-    unmakeMove<Us>(pos, m);
+    int score;
+    const MoveResult result = searchDeepMove<Us, K>(pos, node, m, mp.inQuietStage(), count, score);
+    if (result == MoveResult::Illegal) continue;
     count.next();
-    if (!score) continue;
+    if (result == MoveResult::Pruned) continue;
     ++searched;
     if (pos.stopFlag) return 0;
 
     // Step 11. Cut-off.
-    if (cutOffOrFailLow(pos, m, piece, depth, quiet, *score, beta, eval, [&] {
-          if constexpr (K == DeepKind::All) storeWeakLower(storeKey, depth, *score, m);
-          else storeLower(storeKey, depth, *score, m);
-        }))
-      return *score;
+    if (cutOffOrFailLow(pos, m, piece, depth, quiet, score, beta, node.eval,
+                        [&] { storeDeepLower<K>(node, score, m); }))
+      return score;
   }
 
   // Step 12. Every move failed low.
-  if constexpr (K == DeepKind::Cut) storeWeakUpper(storeKey, depth, beta - 1);
-  else storeUpper(storeKey, depth, beta - 1);
+  storeDeepUpper<K>(node);
   return beta - 1;
 }
 

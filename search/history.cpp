@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "search/search.h"
+#include "search/split_point.h"
 
 namespace tavrin {
 
@@ -13,8 +14,9 @@ void clearHistory() {
 }
 
 void clearKillers() {
-  for (Position& rec : SearchRecords)
-    std::memset(static_cast<void*>(rec.stateStack + 2), 0, (StateStackEntries - 2) * sizeof(StateEntry));
+  forEachSearchRecord([](Position& rec) {
+    std::memset(static_cast<void*>(rec.stateStack + 2), 0, (rec.stackEntries - 2) * sizeof(StateEntry));
+  });
 }
 
 }  // namespace tavrin

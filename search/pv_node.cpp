@@ -6,9 +6,88 @@
 
 namespace tavrin {
 
+// The fixed values of a PV node's move loop, read by the threads that help at its split point.
+struct PvLoop {
+  int beta, depth, eval;
+  Move ttMove;
+  int ttExtension;
+};
+
+// One move of a PV node against the window (alpha, beta): the first with the full window, later
+// ones with a null window and again with the full one when they land inside it. False when the
+// move is illegal; otherwise the score is the mover's.
+template <Color Us>
+bool searchPvMove(Position& pos, const PvLoop& node, Move m, int alpha, bool first, int& score) {
+  constexpr Color Them = ~Us;
+  const int beta = node.beta;
+  int extension = m == node.ttMove ? node.ttExtension : 0;
+  if (!extension && isPassedPawnPush<Us>(pos, m, 5)) extension = 1;
+
+  if (!makeAndEvaluate<Us>(pos, m, alpha - params::LazyMargin, beta + params::LazyMargin)) return false;
+  {
+    const LastTargetScope lastTarget(pos, m);
+    const bool check = childInCheck<Them>(pos);
+    const int newDepth = check ? node.depth - 1 : node.depth - 2 + extension;
+
+    if (pos.st().evalFinal) {
+      score = -pos.st().staticEval;
+    } else if (first) {
+      score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
+    } else {
+      score = *childScore<Us>(pos, alpha + 1, node.depth,
+                              [&]() -> std::optional<int> { return -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth); });
+      if (score > alpha && score < beta) score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
+    }
+  }
+  unmakeMove<Us>(pos, m);
+  return true;
+}
+
+// The moves of a PV node's split point, searched by one of its threads against the split point's
+// current alpha; a score above it raises it, one at beta or above stops every thread.
+template <Color Us>
+void pvSplitMoves(Position& pos, SplitPoint& sp) {
+  const PvLoop& node = *static_cast<const PvLoop*>(sp.task.node);
+  for (;;) {
+    Move m;
+    int alpha;
+    {
+      std::lock_guard<std::mutex> g(sp.lock);
+      if (sp.stopped) return;
+      const MoveWord w = nextMove<Us>(pos, *sp.movePicker);
+      if (!w) return;
+      m = moveOf(w);
+      alpha = sp.alpha;
+      ++sp.counters[0];
+    }
+    const int piece = pos.board[moveFrom(m)];
+    const bool quiet = isQuietMove(pos, m);
+    int score;
+    if (!searchPvMove<Us>(pos, node, m, alpha, false, score)) continue;
+    if (pos.stopFlag) return;
+    bool raised, cutOff = false;
+    {
+      std::lock_guard<std::mutex> g(sp.lock);
+      ++sp.counters[1];
+      raised = score > sp.bestValue;
+      if (raised) {
+        sp.bestValue = score;
+        sp.bestMove = m;
+        cutOff = score >= node.beta;
+        if (!cutOff) sp.alpha = score;
+      }
+    }
+    if (cutOff) {
+      stopSplitPoint(sp);
+      return;
+    }
+    if (!raised && quiet && node.eval > alpha - params::HistoryPenaltyMargin)
+      historyPenalty(piece, moveTo(m), node.depth);
+  }
+}
+
 template <Color Us>
 int pvNode(Position& pos, int alpha, int beta, int depth) {
-  constexpr Color Them = ~Us;
   const bool inCheck = kingAttackers<Us>(pos.st()) != 0;
 
   // At the horizon the PV quiescence takes over (it answers a check with every evasion).
@@ -43,9 +122,9 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
   if (pos.stopFlag) return 0;
 
   // Step 10. Move loop.
-  StateEntry& st = pos.st();
-  const int eval = st.staticEval;
+  const int eval = pos.st().staticEval;
   const int alphaIn = alpha;
+  const PvLoop node{beta, depth, eval, ttMove, ttExtension};
   MovePicker mp;
   EvasionPicker ep;
   if (inCheck) ep.init<Us>(pos, ttMove);
@@ -60,7 +139,18 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
     if (!inCheck && Split.splitEnabled && Split.splitAllowed && !splitRefused && n > 0 &&
         depth >= params::MinSplitDepth && mp.stage >= StageGenCaptures && mp.stage <= StageQuiet) {
       int splitValue;
-      if (trySplit(pos, &mp, depth, beta, alpha, SplitPvNode, splitValue)) return splitValue;
+      if (trySplit(pos, &mp, depth, beta, alpha, SplitPvNode, splitValue, {pvSplitMoves<Us>, &node})) {
+        if (pos.stopFlag) return splitValue;
+        // The split's result stands as if the node had searched every move itself.
+        best = splitValue;
+        if (const Move m = bestMoveSlot(pos)) bestMove = m;
+        if (best >= beta) {
+          recordCutoff(pos, bestMove, pos.board[moveFrom(bestMove)], depth, isQuietMove(pos, bestMove));
+          storeLower(key, depth, best, bestMove);
+          return best;
+        }
+        break;
+      }
       splitRefused = true;
     }
     Move m;
@@ -75,24 +165,7 @@ int pvNode(Position& pos, int alpha, int beta, int depth) {
     if (!m) break;
     const int piece = pos.board[moveFrom(m)];
     const bool quiet = isQuietMove(pos, m);
-    int extension = m == ttMove ? ttExtension : 0;
-    if (!extension && isPassedPawnPush<Us>(pos, m, 5)) extension = 1;
-
-    if (!makeAndEvaluate<Us>(pos, m, alpha - params::LazyMargin, beta + params::LazyMargin)) continue;
-    const LastTargetScope lastTarget(pos, m);
-    const bool check = childInCheck<Them>(pos);
-    const int newDepth = check ? depth - 1 : depth - 2 + extension;
-
-    if (pos.st().evalFinal) {
-      score = -pos.st().staticEval;
-    } else if (n == 0) {
-      score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
-    } else {
-      score = *childScore<Us>(pos, alpha + 1, depth,
-                              [&]() -> std::optional<int> { return -nullWindowChild<Them, Role::Cut>(pos, -alpha, newDepth); });
-      if (score > alpha && score < beta) score = -pvSearch<Them>(pos, -beta, -alpha, newDepth);
-    }
-    unmakeMove<Us>(pos, m);
+    if (!searchPvMove<Us>(pos, node, m, alpha, n == 0, score)) continue;
     ++n;
     if (pos.stopFlag) return 0;
 

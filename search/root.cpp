@@ -244,7 +244,7 @@ void iterate(Position& pos) {
   for (RootLine& line : RootLines) line = RootLine{};
   pos.search.selDepth = 0;
   pos.search.lastTarget = -1;
-  Split.threadWork[0] = &pos;
+  beginParallelSearch(pos);
   evaluateFull(pos);
   pos.st().nullBits = 3;
   const int count = buildRootList<Us>(pos);

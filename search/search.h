@@ -20,7 +20,8 @@ struct RootResult {
 };
 extern RootResult Root;
 
-// The search records of the parallel search; [0] is the one the search starter prepares.
+// The search records of the parallel search, one per thread: [0] is the main thread's, the one
+// the search starter prepares; the others get their stacks when their thread is started.
 extern Position SearchRecords[MaxThreads];
 
 // Readies a search record whose board and root entries are in place: the game's key history (for

@@ -48,6 +48,7 @@ void identify() {
   printOut("option name UCI_LimitStrength type check default false\n");
   printOut("option name UCI_Elo type spin min 850 max 2500 default 2000 \n");
   printOut("option name Ponder type check default false\n");
+  printOut("option name Threads type spin default 1 min 1 max 64\n");
   printOut("uciok \n");
 }
 

@@ -7,6 +7,7 @@
 #include "common/console.h"
 #include "common/globals.h"
 #include "eval/evaluate.h"
+#include "search/split_point.h"
 #include "search/tt.h"
 #include "uci/decimal.h"
 
@@ -97,6 +98,7 @@ void setOption(const char* text) {
     Engine.pawnHashMegabytes = int(n / 16 > 0 ? n / 16 : 1);
     resizePawnTable(Engine.pawnHashMegabytes);
   }
+  if (startsWith(text, "Threads")) setThreadCount(int(std::clamp<std::int64_t>(readDecimal(value), 1, MaxThreads)));
   if (startsWith(text, "MultiPV")) {
     const std::int64_t n = readDecimal(value);
     Engine.multiPV = int(std::clamp<std::int64_t>(n, 1, 8));

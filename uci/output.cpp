@@ -10,6 +10,7 @@
 #include "common/globals.h"
 #include "eval/evaluate.h"
 #include "search/search.h"
+#include "search/split_point.h"
 #include "search/tt.h"
 
 namespace tavrin {
@@ -132,7 +133,7 @@ void pvText(Position& pos, Move first, char* out, std::size_t size) {
 }
 
 void printPvLine(Position& pos, std::int64_t elapsedMicros, int score) {
-  const std::int64_t nodes = std::int64_t(double(pos.nodes) * 1.212345);
+  const std::int64_t nodes = std::int64_t(double(searchNodeCount()) * 1.212345);
   const std::int64_t millis = elapsedMicros / 1000;
   const std::int64_t rate = millis == 0 ? 0 : nodes / millis;
   const int lines = Engine.multiPV < 1 ? 1 : (Engine.multiPV > MaxRootLines ? MaxRootLines : Engine.multiPV);

@@ -7,6 +7,7 @@
 #include "common/globals.h"
 #include "common/platform.h"
 #include "search/search.h"
+#include "search/split_point.h"
 #include "uci/command_line.h"
 #include "uci/dispatcher.h"
 #include "uci/output.h"
@@ -33,7 +34,7 @@ bool threeQuarterStopHeldBack() { return RootFailingLow || RootBestMoveChanged; 
 }  // namespace
 
 void periodicCheck(Position& pos, int depth) {
-  const std::int64_t nodes = std::int64_t(double(pos.nodes) * NodeScale);
+  const std::int64_t nodes = std::int64_t(double(searchNodeCount()) * NodeScale);
   if (!Engine.searchRunning) return;
   const std::int64_t elapsed = wallClockMicros() - Limits.startTime;
 

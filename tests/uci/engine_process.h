@@ -1,7 +1,7 @@
 // Runs the built engine as a child process with pipes on its standard input and output, for
 // byte-exact protocol exchanges with generous time-outs. TAVRIN_ENGINE_COMMAND in the environment
 // names another engine command, split at blanks (e.g. "wine build-win/tavrin.exe"); the default is
-// the engine of this build.
+// the engine of this build. TAVRIN_TEST_THREADS sets the engine's Threads option first.
 #pragma once
 
 #include <csignal>
@@ -40,6 +40,9 @@ class EngineProcess {
     close(fromChild[1]);
     in_ = toChild[1];
     out_ = fromChild[0];
+    // TAVRIN_TEST_THREADS runs every exchange with that many search threads (it answers nothing).
+    if (const char* threads = std::getenv("TAVRIN_TEST_THREADS"); threads && *threads)
+      sendLine(std::string("setoption name Threads value ") + threads);
   }
   ~EngineProcess() {
     closeInput();

@@ -37,6 +37,7 @@ const std::vector<std::string> Identification = {
     "option name UCI_LimitStrength type check default false",
     "option name UCI_Elo type spin min 850 max 2500 default 2000 ",
     "option name Ponder type check default false",
+    "option name Threads type spin default 1 min 1 max 64",
     "uciok ",
 };
 
