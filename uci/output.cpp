@@ -53,10 +53,10 @@ bool playChecked(Position& pos, Move m) {
 // The move stored for the key: the PV table's entry when it has one (its move may be 0, which
 // ends the line), else the first entry of the main table's bucket that holds the key.
 Move storedMove(Key key) {
-  if (const PvEntry* pv = pvTableEntry(key)) return pv->move;
+  if (const PvEntry* pv = pvTableEntry(key)) return relaxedLoad(pv->move);
   const TtEntry* e = ttBucket(key);
   for (int i = 0; i < TtBucketEntries; ++i, ++e)
-    if (e->key == ttCheck(key)) return e->move;
+    if (relaxedLoad(e->key) == ttCheck(key)) return relaxedLoad(e->move);
   return NoMove;
 }
 
@@ -132,7 +132,7 @@ void pvText(Position& pos, Move first, char* out, std::size_t size) {
 }
 
 void printPvLine(Position& pos, std::int64_t elapsedMicros, int score) {
-  const std::int64_t nodes = std::int64_t(double(pos.nodes) * 1.212345);
+  const std::int64_t nodes = std::int64_t(double(nodeCount(pos)) * 1.212345);
   const std::int64_t millis = elapsedMicros / 1000;
   const std::int64_t rate = millis == 0 ? 0 : nodes / millis;
   const int lines = Engine.multiPV < 1 ? 1 : (Engine.multiPV > MaxRootLines ? MaxRootLines : Engine.multiPV);

@@ -33,7 +33,7 @@ bool threeQuarterStopHeldBack() { return RootFailingLow || RootBestMoveChanged; 
 }  // namespace
 
 void periodicCheck(Position& pos, int depth) {
-  const std::int64_t nodes = std::int64_t(double(pos.nodes) * NodeScale);
+  const std::int64_t nodes = std::int64_t(double(nodeCount(pos)) * NodeScale);
   if (!Engine.searchRunning) return;
   const std::int64_t elapsed = wallClockMicros() - Limits.startTime;
 
