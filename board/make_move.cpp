@@ -82,7 +82,7 @@ void makeMove(Position& pos, Move m) {
   using T = ColorTraits<Us>;
   constexpr Bitboard DoublePushRank = Us == White ? Rank4Mask : Rank5Mask;
 
-  ++pos.nodes;
+  countNode(pos);
   if constexpr (Us == White) {
     // The main record polls its input every 4096 white moves, before the move is played.
     if (pos.recordIndex == 0 && (++PollCounter & PollPhaseBits) == 0) InputPoll(pos);
@@ -258,7 +258,7 @@ void makeRootMove(Position& pos, Move m) {
 }
 
 void makeNullMove(Position& pos) {
-  ++pos.nodes;
+  countNode(pos);
   StateEntry* prev = pos.state;
   prev->savedNullBits = prev->nullBits;
   StateEntry* st = prev + 1;

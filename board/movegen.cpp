@@ -319,7 +319,7 @@ inline void sortDescending(MoveWord* begin, MoveWord* end) {
   }
 }
 
-inline int gainOf(int piece, int from, int to) { return GainTable[gainCell(piece, makeMove(from, to))]; }
+inline int gainOf(int piece, int from, int to) { return relaxedLoad(GainTable[gainCell(piece, makeMove(from, to))]); }
 
 // Writes the move keyed by its gain when the gain reaches the threshold.
 inline MoveWord* addGainMove(MoveWord* list, int piece, int from, int to, int threshold) {
@@ -415,7 +415,7 @@ struct CheckInfo {
 };
 
 inline MoveWord historyWord(int piece, int from, int to, int kind = NormalMove) {
-  return keyedWord(HistoryTable[historyCell(piece, to)], makeMove(from, to, kind));
+  return keyedWord(relaxedLoad(HistoryTable[historyCell(piece, to)]), makeMove(from, to, kind));
 }
 
 // Writes the quiet moves of one piece keyed by history. With Filter, a move whose gain is below

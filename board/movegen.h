@@ -2,6 +2,7 @@
 #pragma once
 
 #include "board/position.h"
+#include "common/relaxed.h"
 
 namespace tavrin {
 
@@ -34,6 +35,7 @@ void initCaptureKeys();
 // The tables the quiet generators key and filter their moves by live here, below the layers that
 // keep them. Gain table: largest positional gain seen per moving piece and move (kept by the
 // evaluation). History counters by piece code * 64 + to-square, 0 .. 65280 (kept by the search).
+// Search threads share both without locks: a search reads and writes their cells relaxed.
 inline std::int16_t GainTable[16 * 4096];
 inline std::uint16_t HistoryTable[16 * 64];
 // The gain-table cell of a piece's move: piece * 4096 + from * 64 + to.

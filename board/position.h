@@ -97,7 +97,7 @@ struct Position {
   Key keyHistory[KeyHistorySize];
   std::uint64_t historyCount;   // index of the newest key in keyHistory
   std::uint64_t recordIndex;    // 0 for the main search record
-  std::uint64_t nodes;
+  std::uint64_t nodes;          // written by the owning thread only (relaxed), read by the others
   // Parallel search bookkeeping: the stop flag is polled by the record's own thread and set by
   // others; the fields after it change under the split lock.
   std::uint64_t threadIndex;
@@ -118,6 +118,12 @@ struct Position {
 };
 
 constexpr std::size_t BoardPartBytes = offsetof(Position, state);
+
+// The record's node count, safe to read while its thread searches (the counters of all threads are
+// summed this way).
+inline std::uint64_t nodeCount(const Position& pos) { return relaxedLoad(pos.nodes); }
+// One more node: a relaxed load and store, not a locked increment, since only the owner writes.
+inline void countNode(Position& pos) { relaxedStore(pos.nodes, relaxedLoad(pos.nodes) + 1); }
 
 // Allocates the state stack of a record (once, at start-up) and clears the record. A worker
 // record of the parallel search gets a short stack.

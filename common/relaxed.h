@@ -1,10 +1,11 @@
-// Relaxed atomic access to data that search threads share without locks by intent (the hash
-// tables, the ordering tables, the stop flags and node counters): on x86 these are the plain
-// loads and stores, and a torn or stale value only weakens the search, never corrupts it.
+// Relaxed atomic loads and stores for what search threads share without locks: the tables (a
+// torn entry is harmless by construction: entries are checked before use or only steer the
+// search), the node counters and the stop flags. On x86 these are the plain loads and stores.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
+#include <type_traits>
 
 namespace tavrin {
 
@@ -13,8 +14,9 @@ inline T relaxedLoad(const T& x) {
   return std::atomic_ref<T>(const_cast<T&>(x)).load(std::memory_order_relaxed);
 }
 
+// The value converts to the field's type as in a plain assignment.
 template <class T>
-inline void relaxedStore(T& x, T v) {
+inline void relaxedStore(T& x, std::type_identity_t<T> v) {
   std::atomic_ref<T>(x).store(v, std::memory_order_relaxed);
 }
 

@@ -88,7 +88,8 @@ struct SummaryParts {
 // exchange exclusion and pawn threats; clears evalFinal.
 void finishAttackSummary(Position& pos, const SummaryParts& parts);
 
-// The evaluation cache: upper 48 key bits and the low 16 bits of staticEval.
+// The evaluation cache: upper 48 key bits and the low 16 bits of staticEval. One word per entry,
+// loaded and stored relaxed during a search (the search threads share it without locks).
 constexpr int EvalCacheSize = 32768;
 extern std::uint64_t EvalCache[EvalCacheSize];
 

@@ -36,12 +36,14 @@ void updateGain(Position& pos, Move lastMove) {
   if (pos.sideToMove == White) gain = -gain;   // Black made the move
   gain = gain > 32767 ? 32767 : gain < -32768 ? -32768 : gain;
   std::int16_t& cell = GainTable[gainCell(pos.board[moveTo(lastMove)], lastMove)];
-  if (cell > gain) cell = std::int16_t(cell - 1);
-  else cell = std::int16_t(gain);
+  const int old = relaxedLoad(cell);
+  if (old > gain) relaxedStore(cell, std::int16_t(old - 1));
+  else relaxedStore(cell, std::int16_t(gain));
 }
 
 void storeCache(const StateEntry& st) {
-  EvalCache[st.key & (EvalCacheSize - 1)] = (st.key & ~std::uint64_t(0xFFFF)) | std::uint16_t(st.staticEval);
+  const std::uint64_t word = (st.key & ~std::uint64_t(0xFFFF)) | std::uint16_t(st.staticEval);
+  relaxedStore(EvalCache[st.key & (EvalCacheSize - 1)], word);
 }
 
 // Step 5: the previous score moved by the piece-square change of the last move. Returns true when
@@ -133,7 +135,7 @@ void evaluate(Position& pos, int lower, int upper, Move lastMove) {
   PawnEntry* slot = pawnSlot(st.pawnKey);
 
   // Step 2. Evaluation cache.
-  std::uint64_t cached = EvalCache[st.key & (EvalCacheSize - 1)];
+  std::uint64_t cached = relaxedLoad(EvalCache[st.key & (EvalCacheSize - 1)]);
   if (((cached ^ st.key) >> 16) == 0) {
     int stored = std::int16_t(std::uint16_t(cached));
     st.lazyCount = 0;
@@ -148,7 +150,7 @@ void evaluate(Position& pos, int lower, int upper, Move lastMove) {
 
   // Step 3. Pawn entry, checked by its XOR words.
   PawnEntry pe;
-  std::memcpy(static_cast<void*>(&pe), slot, sizeof pe);
+  loadPawnEntry(slot, pe);
   bool matched = pe.storedKey() == st.pawnKey;
 
   // Step 4. Kings and pawns only.

@@ -153,7 +153,7 @@ void evaluatePawns(const Position& pos, PawnEntry& e) {
   w[0] = std::uint32_t(key) ^ w[2] ^ w[4] ^ w[6];
   w[1] = std::uint32_t(key >> 32) ^ w[3] ^ w[5] ^ w[7];
   std::memcpy(&e, w, sizeof w);
-  std::memcpy(pawnSlot(key), w, sizeof w);
+  storePawnEntry(pawnSlot(key), e);
 }
 
 void clearPawnTable() { std::memset(static_cast<void*>(PawnTable), 0, (PawnTableMask + 1) * sizeof(PawnEntry)); }

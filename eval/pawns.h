@@ -6,12 +6,13 @@
 #include <cstring>
 
 #include "board/position.h"
+#include "common/relaxed.h"
 
 namespace tavrin {
 
 // One 32-byte entry: eight 32-bit words. Words 0 and 1 hold the key halves XORed with the even and
 // odd payload words, so that an entry torn by a concurrent writer never matches.
-struct PawnEntry {
+struct alignas(32) PawnEntry {
   std::uint32_t checkLow;          // word 0: key bits 0-31 ^ words 2, 4, 6
   std::uint32_t checkHigh;         // word 1: key bits 32-63 ^ words 3, 5, 7
   Packed score;                    // word 2: pawn structure, White's point of view
@@ -34,11 +35,35 @@ struct PawnEntry {
   }
 };
 static_assert(sizeof(PawnEntry) == 32, "pawn entries are 32 bytes");
+static_assert(alignof(PawnEntry) == 32, "an entry lies within one cache line, its 64-bit words aligned");
 
 extern PawnEntry* PawnTable;
 extern std::uint64_t PawnTableMask;
 
 inline PawnEntry* pawnSlot(Key pawnKey) { return PawnTable + (pawnKey & PawnTableMask); }
+
+// The table is shared by the search threads without locks: an entry is copied in and out as four
+// relaxed 64-bit words, and a copy torn by a concurrent writer fails the XOR check.
+constexpr int PawnEntryWords = sizeof(PawnEntry) / sizeof(std::uint64_t);
+inline void loadPawnEntry(const PawnEntry* slot, PawnEntry& e) {
+  const auto* from = reinterpret_cast<const std::uint64_t*>(slot);
+  auto* to = reinterpret_cast<unsigned char*>(&e);
+#pragma GCC unroll 4
+  for (int i = 0; i < PawnEntryWords; ++i) {
+    const std::uint64_t w = relaxedLoad(from[i]);
+    std::memcpy(to + i * sizeof w, &w, sizeof w);
+  }
+}
+inline void storePawnEntry(PawnEntry* slot, const PawnEntry& e) {
+  const auto* from = reinterpret_cast<const unsigned char*>(&e);
+  auto* to = reinterpret_cast<std::uint64_t*>(slot);
+#pragma GCC unroll 4
+  for (int i = 0; i < PawnEntryWords; ++i) {
+    std::uint64_t w;
+    std::memcpy(&w, from + i * sizeof w, sizeof w);
+    relaxedStore(to[i], w);
+  }
+}
 
 // Calls fn(square) with the front pawn of colour C on each file that holds a passed pawn.
 template <Color C, typename Fn>

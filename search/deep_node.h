@@ -85,7 +85,7 @@ struct MoveCount {
 };
 
 // The largest positional gain seen for this move of this piece (the gain table of the evaluation).
-inline int gainOf(const Position& pos, Move m) { return GainTable[gainCell(pos.board[moveFrom(m)], m)]; }
+inline int gainOf(const Position& pos, Move m) { return relaxedLoad(GainTable[gainCell(pos.board[moveFrom(m)], m)]); }
 
 // Gain futility's move test: a move of the quiet stage, neither en passant nor a promotion, from a
 // square outside `exempt`, whose best gain ever seen cannot lift the evaluation by `margin` to the

@@ -1,4 +1,5 @@
-// History counters and killer moves: the quiet-move ordering memory of the search.
+// History counters and killer moves: the quiet-move ordering memory of the search. The counters are
+// shared by the search threads without locks (relaxed loads and stores; a lost update is harmless).
 #pragma once
 
 #include "board/movegen.h"
@@ -13,16 +14,18 @@ inline std::uint16_t& historyOf(int piece, int to) { return HistoryTable[history
 
 // A quiet move that cut off: the counter moves toward its ceiling by depth / 256 of the distance.
 inline void historyBonus(int piece, int to, int depth) {
-  std::uint16_t& h = historyOf(piece, to);
+  std::uint16_t& cell = historyOf(piece, to);
+  const int h = relaxedLoad(cell);
   int d = depth < 255 ? depth : 255;
-  h = std::uint16_t(h + ((HistoryMax - h) * d) / 256);
+  relaxedStore(cell, std::uint16_t(h + ((HistoryMax - h) * d) / 256));
 }
 
 // A quiet move that failed low: the counter loses depth / 256 of itself.
 inline void historyPenalty(int piece, int to, int depth) {
-  std::uint16_t& h = historyOf(piece, to);
+  std::uint16_t& cell = historyOf(piece, to);
+  const int h = relaxedLoad(cell);
   int d = depth < 255 ? depth : 255;
-  h = std::uint16_t(h - (h * d) / 256);
+  relaxedStore(cell, std::uint16_t(h - (h * d) / 256));
 }
 
 // The node's killers live in its own state entry; a new one pushes killer 1 down.

@@ -82,26 +82,36 @@ inline bool plyExhausted(Position& pos) {
 }
 
 // The table probe of the null-window nodes. Sets ttMove to the move of the matching entry with
-// the deepest lower bound; true with the score when an entry decides the node.
+// the deepest lower bound; true with the score when an entry decides the node. (Each field is
+// loaded once: another thread may rewrite the entry meanwhile.)
 inline bool probeNode(Position& pos, Key key, int depth, int beta, Move& ttMove, int& score) {
   TtEntry* e = ttBucket(key);
   const std::uint32_t check = ttCheck(key);
   int moveDepth = -1;
+#pragma GCC unroll 4   // (the relaxed loads keep the compiler from unrolling it unasked)
   for (int i = 0; i < TtBucketEntries; ++i, ++e) {
-    if (e->key != check) continue;
-    if (e->move && e->depthLower > moveDepth) {
-      ttMove = e->move;
-      moveDepth = e->depthLower;
+    if (relaxedLoad(e->key) != check) continue;
+    const Move move = relaxedLoad(e->move);
+    const int depthLower = relaxedLoad(e->depthLower);
+    if (move && depthLower > moveDepth) {
+      ttMove = move;
+      moveDepth = depthLower;
     }
-    if (e->depthLower >= depth && e->valueLower >= beta && ((pos.st().nullBits & 1) || e->move)) {
-      e->age = ttAge();
-      score = e->valueLower;
-      return true;
+    if (depthLower >= depth) {
+      const int valueLower = relaxedLoad(e->valueLower);
+      if (valueLower >= beta && ((pos.st().nullBits & 1) || move)) {
+        relaxedStore(e->age, ttAge());
+        score = valueLower;
+        return true;
+      }
     }
-    if (e->depthUpper >= depth && e->valueUpper < beta) {
-      e->age = ttAge();
-      score = e->valueUpper;
-      return true;
+    if (relaxedLoad(e->depthUpper) >= depth) {
+      const int valueUpper = relaxedLoad(e->valueUpper);
+      if (valueUpper < beta) {
+        relaxedStore(e->age, ttAge());
+        score = valueUpper;
+        return true;
+      }
     }
   }
   return false;
@@ -113,8 +123,14 @@ inline Move probeMove(Key key) {
   const std::uint32_t check = ttCheck(key);
   Move m = 0;
   int moveDepth = -1;
-  for (int i = 0; i < TtBucketEntries; ++i, ++e)
-    if (e->key == check && e->move && e->depthLower > moveDepth) m = e->move, moveDepth = e->depthLower;
+#pragma GCC unroll 4
+  for (int i = 0; i < TtBucketEntries; ++i, ++e) {
+    if (relaxedLoad(e->key) != check) continue;
+    const Move move = relaxedLoad(e->move);
+    if (!move) continue;
+    const int depthLower = relaxedLoad(e->depthLower);
+    if (depthLower > moveDepth) m = move, moveDepth = depthLower;
+  }
   return m;
 }
 

@@ -1,4 +1,5 @@
-// The PV table: 65536 exact principal-variation results in buckets of four, read by the output.
+// The PV table: 65536 exact principal-variation results in buckets of four, read by the output
+// (field by field with relaxed accesses, as the search threads write it).
 #include "search/tt.h"
 
 namespace tavrin {
@@ -8,13 +9,13 @@ PvEntry PvTable[PvTableEntries];
 const PvEntry* pvTableEntry(Key key) {
   const PvEntry* bucket = pvBucket(key);
   for (int i = 0; i < 4; ++i)
-    if (bucket[i].key == key) return bucket + i;
+    if (relaxedLoad(bucket[i].key) == key) return bucket + i;
   return nullptr;
 }
 
 Move pvTableMove(Key key) {
   const PvEntry* e = pvTableEntry(key);
-  return e ? e->move : NoMove;
+  return e ? relaxedLoad(e->move) : NoMove;
 }
 
 }  // namespace tavrin

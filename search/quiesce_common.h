@@ -7,16 +7,26 @@
 
 namespace tavrin {
 
-// Quiescence probe: any stored depth suffices. True with the score when a bound decides.
+// Quiescence probe: any stored depth suffices. True with the score when a bound decides. (Each
+// field is loaded once: another thread may rewrite the entry meanwhile.)
 inline bool probeQuiesce(Key key, int alpha, int beta, Move& ttMove, int& score) {
   TtEntry* e = ttBucket(key);
   const std::uint32_t check = ttCheck(key);
   int moveDepth = -1;
+#pragma GCC unroll 4
   for (int i = 0; i < TtBucketEntries; ++i, ++e) {
-    if (e->key != check) continue;
-    if (e->depthLower && e->valueLower >= beta) { score = e->valueLower; return true; }
-    if (e->depthUpper && e->valueUpper <= alpha) { score = e->valueUpper; return true; }
-    if (e->move && e->depthLower > moveDepth) ttMove = e->move, moveDepth = e->depthLower;
+    if (relaxedLoad(e->key) != check) continue;
+    const int depthLower = relaxedLoad(e->depthLower);
+    if (depthLower) {
+      const int valueLower = relaxedLoad(e->valueLower);
+      if (valueLower >= beta) { score = valueLower; return true; }
+    }
+    if (relaxedLoad(e->depthUpper)) {
+      const int valueUpper = relaxedLoad(e->valueUpper);
+      if (valueUpper <= alpha) { score = valueUpper; return true; }
+    }
+    const Move move = relaxedLoad(e->move);
+    if (move && depthLower > moveDepth) ttMove = move, moveDepth = depthLower;
   }
   return false;
 }

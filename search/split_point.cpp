@@ -363,11 +363,11 @@ void beginParallelSearch(Position& root) {
 }
 
 std::uint64_t searchNodeCount() {
-  std::uint64_t total = relaxedLoad(RootRecord->nodes);
+  std::uint64_t total = nodeCount(*RootRecord);
   if (Split.threadCount == 1 && !States[0].extra[0]) return total;
   for (std::uint64_t i = 0; i < std::uint64_t(MaxThreads); ++i)
     forThreadRecords(i, [&](const Position& r) {
-      if (&r != RootRecord) total += relaxedLoad(r.nodes);
+      if (&r != RootRecord) total += nodeCount(r);
     });
   return total;
 }

@@ -1,4 +1,6 @@
 // The transposition table: bounds with their own depths, a move, ages and the replacement rule.
+// Entries are read and written field by field with relaxed accesses (the tables are shared by the
+// search threads without locks); clearing happens outside a search and writes them plainly.
 #include "search/tt.h"
 
 #include <algorithm>
@@ -17,37 +19,40 @@ std::uint8_t depthByte(int depth) { return std::uint8_t(std::clamp(depth, 0, 255
 // The entry with the greatest replacement value: the first entry to begin with, a later one only
 // when its value is strictly greater.
 template <class Entry>
-Entry* victimOf(Entry* bucket) {
+inline Entry* victimOf(Entry* bucket) {
   Entry* choice = bucket;
   int best = replacementValue(*bucket);
+#pragma GCC unroll 4
   for (int i = 1; i < TtBucketEntries; ++i) {
     int v = replacementValue(bucket[i]);
     if (v > best) best = v, choice = bucket + i;
   }
   return choice;
 }
-TtEntry* victim(TtEntry* bucket) { return victimOf(bucket); }
+inline TtEntry* victim(TtEntry* bucket) { return victimOf(bucket); }
 
 // The first entry of the bucket that holds the key and that `updatable` accepts, or nullptr.
+// Marks the table as written to (only when it is not yet: the flag's line is read by every probe).
 template <class Updatable>
 TtEntry* firstUpdatable(TtEntry* bucket, std::uint32_t check, Updatable updatable) {
-  Tt.clean = false;
+  if (relaxedLoad(Tt.clean)) relaxedStore(Tt.clean, false);
+#pragma GCC unroll 4
   for (int i = 0; i < TtBucketEntries; ++i)
-    if (bucket[i].key == check && updatable(bucket[i])) return bucket + i;
+    if (relaxedLoad(bucket[i].key) == check && updatable(bucket[i])) return bucket + i;
   return nullptr;
 }
 
 // A whole new entry written in this search (the spare word stays as it was).
 void writeEntry(TtEntry& e, std::uint32_t check, std::uint8_t flags, std::uint8_t depthUpper, std::uint8_t depthLower,
                 int valueLower, int valueUpper, Move move) {
-  e.key = check;
-  e.flags = flags;
-  e.age = ttAge();
-  e.depthUpper = depthUpper;
-  e.depthLower = depthLower;
-  e.valueLower = std::int16_t(valueLower);
-  e.valueUpper = std::int16_t(valueUpper);
-  e.move = moveOf(move);
+  relaxedStore(e.key, check);
+  relaxedStore(e.flags, flags);
+  relaxedStore(e.age, ttAge());
+  relaxedStore(e.depthUpper, depthUpper);
+  relaxedStore(e.depthLower, depthLower);
+  relaxedStore(e.valueLower, std::int16_t(valueLower));
+  relaxedStore(e.valueUpper, std::int16_t(valueUpper));
+  relaxedStore(e.move, moveOf(move));
 }
 
 // The state of every entry after clearing: all zero but an age of 128, so that each starts stale.
@@ -90,13 +95,14 @@ void storeLower(Key key, int depth, int value, Move move) {
   TtEntry* bucket = ttBucket(key);
   const std::uint32_t check = ttCheck(key);
   const std::uint8_t d = depthByte(depth);
-  if (TtEntry* e = firstUpdatable(bucket, check,
-                                  [d](const TtEntry& x) { return !(x.flags & TtExact) && x.depthLower <= d; })) {
-    e->depthLower = d;
-    e->valueLower = std::int16_t(value);
-    e->move = moveOf(move);
-    e->age = ttAge();
-    e->flags = std::uint8_t((e->flags & ~TtWeakLower) | TtLower);
+  if (TtEntry* e = firstUpdatable(bucket, check, [d](const TtEntry& x) {
+        return !(relaxedLoad(x.flags) & TtExact) && relaxedLoad(x.depthLower) <= d;
+      })) {
+    relaxedStore(e->depthLower, d);
+    relaxedStore(e->valueLower, std::int16_t(value));
+    relaxedStore(e->move, moveOf(move));
+    relaxedStore(e->age, ttAge());
+    relaxedStore(e->flags, std::uint8_t((relaxedLoad(e->flags) & ~TtWeakLower) | TtLower));
     return;
   }
   writeEntry(*victim(bucket), check, TtLower, 0, d, value, 0, move);
@@ -106,12 +112,13 @@ void storeUpper(Key key, int depth, int value) {
   TtEntry* bucket = ttBucket(key);
   const std::uint32_t check = ttCheck(key);
   const std::uint8_t d = depthByte(depth);
-  if (TtEntry* e = firstUpdatable(bucket, check,
-                                  [d](const TtEntry& x) { return !(x.flags & TtExact) && x.depthUpper <= d; })) {
-    e->depthUpper = d;
-    e->valueUpper = std::int16_t(value);
-    e->age = ttAge();
-    e->flags = std::uint8_t((e->flags & ~TtWeakUpper) | TtUpper);
+  if (TtEntry* e = firstUpdatable(bucket, check, [d](const TtEntry& x) {
+        return !(relaxedLoad(x.flags) & TtExact) && relaxedLoad(x.depthUpper) <= d;
+      })) {
+    relaxedStore(e->depthUpper, d);
+    relaxedStore(e->valueUpper, std::int16_t(value));
+    relaxedStore(e->age, ttAge());
+    relaxedStore(e->flags, std::uint8_t((relaxedLoad(e->flags) & ~TtWeakUpper) | TtUpper));
     return;
   }
   writeEntry(*victim(bucket), check, TtUpper, d, 0, 0, value, NoMove);
@@ -122,12 +129,13 @@ void storeWeakUpper(Key key, int depth, int value) {
   const std::uint32_t check = ttCheck(key);
   const std::uint8_t d = depthByte(depth);
   if (TtEntry* e = firstUpdatable(bucket, check, [d](const TtEntry& x) {
-        return (x.depthUpper == 0 || (x.flags & TtWeakUpper)) && x.depthUpper <= d;
+        const std::uint8_t upper = relaxedLoad(x.depthUpper);
+        return (upper == 0 || (relaxedLoad(x.flags) & TtWeakUpper)) && upper <= d;
       })) {
-    e->flags |= TtUpper | TtWeakUpper;
-    e->valueUpper = std::int16_t(value);
-    e->age = ttAge();
-    e->depthUpper = d;
+    relaxedStore(e->flags, std::uint8_t(relaxedLoad(e->flags) | TtUpper | TtWeakUpper));
+    relaxedStore(e->valueUpper, std::int16_t(value));
+    relaxedStore(e->age, ttAge());
+    relaxedStore(e->depthUpper, d);
     return;
   }
   writeEntry(*victim(bucket), check, TtUpper | TtWeakUpper, d, 0, 0, value, NoMove);
@@ -138,13 +146,14 @@ void storeWeakLower(Key key, int depth, int value, Move move) {
   const std::uint32_t check = ttCheck(key);
   const std::uint8_t d = depthByte(depth);
   if (TtEntry* e = firstUpdatable(bucket, check, [d](const TtEntry& x) {
-        return !(x.flags & TtExact) && (x.depthLower == 0 || (x.flags & TtWeakLower)) && x.depthLower <= d;
+        const std::uint8_t flags = relaxedLoad(x.flags), lower = relaxedLoad(x.depthLower);
+        return !(flags & TtExact) && (lower == 0 || (flags & TtWeakLower)) && lower <= d;
       })) {
-    e->flags |= TtLower | TtWeakLower;
-    e->valueLower = std::int16_t(value);
-    e->age = ttAge();
-    e->depthLower = d;
-    if (move) e->move = moveOf(move);
+    relaxedStore(e->flags, std::uint8_t(relaxedLoad(e->flags) | TtLower | TtWeakLower));
+    relaxedStore(e->valueLower, std::int16_t(value));
+    relaxedStore(e->age, ttAge());
+    relaxedStore(e->depthLower, d);
+    if (move) relaxedStore(e->move, moveOf(move));
     return;
   }
   writeEntry(*victim(bucket), check, TtLower | TtWeakLower, 0, d, value, 0, move);
@@ -157,26 +166,28 @@ void storeExact(Key key, int depth, int score, Move move) {
   PvEntry* pv = pvBucket(key);
   PvEntry* slot = nullptr;
   for (int i = 0; i < 4 && !slot; ++i)
-    if (pv[i].key == key) slot = pv + i;
+    if (relaxedLoad(pv[i].key) == key) slot = pv + i;
   if (!slot) {
     slot = victimOf(pv);
-    slot->key = key;
+    relaxedStore(slot->key, key);
   }
-  slot->depth = d;
-  slot->score = score;
-  slot->move = moveOf(move);
-  slot->age = ttAge();
+  relaxedStore(slot->depth, d);
+  relaxedStore(slot->score, score);
+  relaxedStore(slot->move, moveOf(move));
+  relaxedStore(slot->age, ttAge());
 
   // 2. The main table, then 3. wipe later entries of the same key that this one supersedes.
   TtEntry* bucket = ttBucket(key);
   const std::uint32_t check = ttCheck(key);
-  auto supersededBy = [d](const TtEntry& x) { return std::max(x.depthLower, x.depthUpper) <= d; };
+  auto supersededBy = [d](const TtEntry& x) {
+    return std::max(relaxedLoad(x.depthLower), relaxedLoad(x.depthUpper)) <= d;
+  };
   if (TtEntry* e = firstUpdatable(bucket, check, supersededBy)) {
     writeEntry(*e, check, TtExact, d, d, score, score, move);
     for (TtEntry* later = e + 1; later < bucket + TtBucketEntries; ++later) {
-      if (later->key == check && supersededBy(*later)) {
+      if (relaxedLoad(later->key) == check && supersededBy(*later)) {
         writeEntry(*later, 0, 0, 0, 0, 0, 0, NoMove);
-        later->age = ttAge() ^ 128;   // the stalest entry: the first to go
+        relaxedStore(later->age, ttAge() ^ 128);   // the stalest entry: the first to go
       }
     }
     return;

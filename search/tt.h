@@ -1,9 +1,11 @@
-// The transposition table and the small table of exact principal-variation results.
+// The transposition table and the small table of exact principal-variation results. Search threads
+// share both without locks: every access to an entry during a search is a relaxed one per field.
 #pragma once
 
 #include <cstdint>
 
 #include "board/types.h"
+#include "common/relaxed.h"
 
 namespace tavrin {
 
@@ -75,12 +77,15 @@ inline PvEntry* pvBucket(Key key) { return PvTable + (key & 0xFFFC); }
 
 // Replacement value: staler and shallower entries go first.
 inline int replacementValue(const TtEntry& e) {
-  int staleness = (ttAge() - e.age) & 255;
-  int depth = e.depthLower > e.depthUpper ? e.depthLower : e.depthUpper;
+  int staleness = (ttAge() - relaxedLoad(e.age)) & 255;
+  const int lower = relaxedLoad(e.depthLower), upper = relaxedLoad(e.depthUpper);
+  int depth = lower > upper ? lower : upper;
   return staleness * 192 + (191 - depth);
 }
 // The PV table's entries by the same rule, with their single depth.
-inline int replacementValue(const PvEntry& e) { return ((ttAge() - e.age) & 255) * 192 + (191 - e.depth); }
+inline int replacementValue(const PvEntry& e) {
+  return ((ttAge() - relaxedLoad(e.age)) & 255) * 192 + (191 - relaxedLoad(e.depth));
+}
 
 void storeLower(Key key, int depth, int value, Move move);
 void storeUpper(Key key, int depth, int value);

@@ -54,10 +54,10 @@ bool playChecked(Position& pos, Move m) {
 // The move stored for the key: the PV table's entry when it has one (its move may be 0, which
 // ends the line), else the first entry of the main table's bucket that holds the key.
 Move storedMove(Key key) {
-  if (const PvEntry* pv = pvTableEntry(key)) return pv->move;
+  if (const PvEntry* pv = pvTableEntry(key)) return relaxedLoad(pv->move);
   const TtEntry* e = ttBucket(key);
   for (int i = 0; i < TtBucketEntries; ++i, ++e)
-    if (e->key == ttCheck(key)) return e->move;
+    if (relaxedLoad(e->key) == ttCheck(key)) return relaxedLoad(e->move);
   return NoMove;
 }
 

@@ -38,14 +38,15 @@ void armPoll(std::uint64_t nodesLeft) {
 }
 
 void budgetPoll(Position& pos) {
-  if (pos.nodes >= NodeBudget) throw SearchAborted{};
-  armPoll(NodeBudget - pos.nodes);
+  const std::uint64_t nodes = nodeCount(pos);
+  if (nodes >= NodeBudget) throw SearchAborted{};
+  armPoll(NodeBudget - nodes);
 }
 
 // The same test after every completed iteration: a tree in which White makes no move (every
 // black move ends in an exact evaluation) never reaches the board's poll.
 void iterationPoll(Position& pos, int) {
-  if (pos.nodes >= NodeBudget) throw SearchAborted{};
+  if (nodeCount(pos) >= NodeBudget) throw SearchAborted{};
 }
 
 // --- One move's search -----------------------------------------------------------------------
