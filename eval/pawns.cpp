@@ -48,8 +48,9 @@ int shelterAt(const Position& pos, int ksq) {
 template <Color Us>
 int kingShelter(const Position& pos) {
   using T = ColorTraits<Us>;
+  // (Written only while a trace runs: search threads read it without a lock.)
   EvalTrace* trace = ActiveTrace;
-  ActiveTrace = nullptr;
+  if (trace) [[unlikely]] ActiveTrace = nullptr;
   int bestSquare = pos.kingSquare(Us);
   int best = shelterAt<Us>(pos, bestSquare);
   int castle = pos.st().castle;

@@ -30,6 +30,7 @@ struct ThreadState {
   SplitPoint splitPoints[SplitPointsPerThread];
   int splitCount = 0;                 // open split points, a stack
   bool idle = false;                  // waiting in the idle loop: only then can it be given work
+  std::int64_t idleSince = 0;         // when the current wait began (microseconds)
   SplitPoint* waitingAt = nullptr;    // the split point whose workers the thread waits for
   Position* extra[ExtraRecords] = {};  // allocated when first needed, never freed
   std::condition_variable wake;       // the thread's wake-up event, used with SplitLock
@@ -39,6 +40,12 @@ struct ThreadState {
 std::mutex& SplitLock = *new std::mutex;
 ThreadState* const States = new ThreadState[MaxThreads];
 Position* RootRecord = &SearchRecords[0];
+SplitStatistics Statistics;   // under the split lock
+
+std::int64_t nowMicros() {
+  return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
 
 // The records a thread may search with: its first record (not the main thread's, which the root
 // search owns) and its extra ones.
@@ -245,6 +252,8 @@ bool trySplit(Position& record, MovePicker* movePicker, int depth, int beta, int
     std::lock_guard<std::mutex> g(sp.lock);
     bestValue = sp.bestValue;
     sp.active = 0;
+    ++Statistics.splits;
+    Statistics.movesSearched += sp.counters[1];
   }
   --me.splitCount;
   Split.threadWork[self] = &record;
@@ -259,11 +268,13 @@ void idleLoop(Position* master, std::uint64_t index) {
   auto beginWaiting = [&] {
     ++Split.idleCount;
     me.idle = true;
+    me.idleSince = nowMicros();
     me.waitingAt = master ? &me.splitPoints[me.splitCount - 1] : nullptr;
   };
   auto endWaiting = [&] {
     --Split.idleCount;
     me.idle = false;
+    Statistics.idleMicros += nowMicros() - me.idleSince;
     me.waitingAt = nullptr;
   };
   for (;;) {
@@ -375,6 +386,22 @@ std::uint64_t searchNodeCount() {
 void forEachSearchRecord(void (*fn)(Position&)) {
   if (SearchRecords[0].stateStack) fn(SearchRecords[0]);
   for (std::uint64_t i = 0; i < std::uint64_t(MaxThreads); ++i) forThreadRecords(i, fn);
+}
+
+SplitStatistics splitStatistics() {
+  std::lock_guard<std::mutex> g(SplitLock);
+  SplitStatistics s = Statistics;
+  const std::int64_t now = nowMicros();
+  for (std::uint64_t i = 0; i < Split.threadCount; ++i)
+    if (States[i].idle) s.idleMicros += now - States[i].idleSince;
+  return s;
+}
+
+void resetSplitStatistics() {
+  std::lock_guard<std::mutex> g(SplitLock);
+  Statistics = SplitStatistics{};
+  const std::int64_t now = nowMicros();
+  for (std::uint64_t i = 0; i < Split.threadCount; ++i) States[i].idleSince = now;
 }
 
 }  // namespace tavrin

@@ -88,4 +88,13 @@ std::uint64_t searchNodeCount();
 // Calls fn on every record that has a state stack (the search records and the workers' records).
 void forEachSearchRecord(void (*fn)(Position&));
 
+// What the parallel search did since the last reset (the bench reports it).
+struct SplitStatistics {
+  std::uint64_t splits = 0;          // split points that found workers
+  std::uint64_t movesSearched = 0;   // moves searched at them, by all their threads
+  std::int64_t idleMicros = 0;       // time threads spent waiting in the idle loop, summed
+};
+SplitStatistics splitStatistics();
+void resetSplitStatistics();
+
 }  // namespace tavrin

@@ -15,7 +15,7 @@ struct Subcommand {
 const Subcommand Subcommands[] = {
     {"perft", tavrin::tool::perftCommand, "perft [--bulk] FEN DEPTH | perft [--bulk] --epd FILE [--max-depth N]"},
     {"eval", tavrin::tool::evalCommand, "eval FEN"},
-    {"bench", tavrin::tool::benchCommand, "bench [DEPTH]"},
+    {"bench", tavrin::tool::benchCommand, "bench [DEPTH] [--threads N]"},
     {"match", tavrin::tool::matchCommand, "match -engine cmd=PATH ... -engine cmd=PATH ... [options] (match --help)"},
     {"fuzz", tavrin::tool::fuzzCommand, "fuzz --engine PATH [--seconds N] [--sessions N] [--seed S] [--verbose] (fuzz --help)"},
     {"datagen", tavrin::tool::datagenCommand,

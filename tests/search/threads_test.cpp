@@ -44,7 +44,7 @@ TEST(Threads, SeveralThreadsFindTheOneRightMove) {
 TEST(Threads, EveryThreadSearchesAndTheCountsAddUp) {
   withThreads(3, [] {
     const SearchOutcome r =
-        searchFen("r1bq1rk1/pp2bppp/2n2n2/3p4/3P4/2NB1N2/PP3PPP/R1BQ1RK1 w - - 0 10", 14);
+        searchFen("r1bq1rk1/pp2bppp/2n2n2/3p4/3P4/2NB1N2/PP3PPP/R1BQ1RK1 w - - 0 10", scaled(14, 11));
     ASSERT_TRUE(r.ok);
     EXPECT_NE(r.best, NoMove);
     // The count covers the other threads' records too.
@@ -55,9 +55,10 @@ TEST(Threads, EveryThreadSearchesAndTheCountsAddUp) {
 
 TEST(Threads, OneThreadAgainIsTheSameSearch) {
   const char* fen = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1";
-  const SearchOutcome before = searchFen(fen, 9);
-  for (int threads : {2, 5}) withThreads(threads, [&] { searchFen(fen, 9); });
-  const SearchOutcome after = searchFen(fen, 9);
+  constexpr int Depth = scaled(9, 8);
+  const SearchOutcome before = searchFen(fen, Depth);
+  for (int threads : {2, 5}) withThreads(threads, [&] { searchFen(fen, Depth); });
+  const SearchOutcome after = searchFen(fen, Depth);
   EXPECT_EQ(after.nodes, before.nodes);
   EXPECT_EQ(after.best, before.best);
   EXPECT_EQ(after.score, before.score);

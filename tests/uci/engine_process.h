@@ -78,6 +78,13 @@ class EngineProcess {
     return command;
   }
 
+  // Exchanges run with several search threads (TAVRIN_TEST_THREADS above 1): node counts and the
+  // lines of a search then vary from run to run.
+  static bool severalThreads() {
+    const char* threads = std::getenv("TAVRIN_TEST_THREADS");
+    return threads && std::atoi(threads) > 1;
+  }
+
   // True when the engine is a Windows program (run under wine): its command names an .exe.
   static bool windowsEngine() {
     for (const std::string& word : engineCommand())

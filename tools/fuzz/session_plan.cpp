@@ -52,6 +52,7 @@ class Planner {
 
   void positionAction();
   void setoptionAction();
+  std::string threadsLine();
   void goAction(bool quick);
   void idleAction();
   void whileSearching(int go);
@@ -207,7 +208,7 @@ void Planner::positionAction() {
 void Planner::setoptionAction() {
   static const std::vector<std::string> OddValues = {"0", "-5", "abc", "", "-2147483649", "99999999999", "1e3"};
   std::string line;
-  switch (rng_.range(0, 6)) {
+  switch (rng_.range(0, 7)) {
     case 0:   // small tables only: a fuzz session should start and clear them quickly
       line = "setoption name Hash value " +
              (rng_.chance(0.8) ? std::to_string(rng_.range(1, 64)) : std::string(rng_.chance(0.5) ? "-5" : "abc"));
@@ -226,6 +227,9 @@ void Planner::setoptionAction() {
       break;
     case 4:
       line = std::string("setoption name Ponder value ") + (rng_.chance(0.45) ? "true" : rng_.chance(0.8) ? "false" : "1");
+      break;
+    case 5:
+      line = threadsLine();
       break;
     default: {
       static const std::vector<std::string> Odd = {
@@ -302,7 +306,15 @@ std::string Planner::searchMovesPart(std::vector<std::string>& named) {
   return " searchmoves " + join(words);
 }
 
+// The Threads option, mostly 1 to 4, sometimes out of range or no number.
+std::string Planner::threadsLine() {
+  static const std::vector<std::string> Odd = {"0", "65", "-3", "abc", "", "100000000000"};
+  return "setoption name Threads value " + (rng_.chance(0.85) ? std::to_string(rng_.range(1, 4)) : rng_.pick(Odd));
+}
+
 void Planner::whileSearching(int go) {
+  // Options changed during a search wait for the next one (or are ignored).
+  if (rng_.chance(0.1)) send(threadsLine());
   if (rng_.chance(0.3)) {
     pause(int(rng_.range(0, 100)));
     isready();
