@@ -1,6 +1,6 @@
 // tavrin-tool bench [DEPTH] [--threads N]: the fixed search whose node count is the engine's
-// signature. With more than one thread the counts vary from run to run; each position's time
-// and the parallel search's statistics are printed too.
+// signature. Given a thread count, each position's time is printed too; with more than one thread
+// the counts vary from run to run, and the parallel search's statistics close the report.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -41,9 +41,11 @@ void printTimedPosition(int index, const char* fen, std::uint64_t nodes, std::ui
 int benchCommand(int argc, char** argv) {
   int depth = DefaultBenchDepth;
   int threads = 1;
+  bool timed = false;
   for (int i = 1; i < argc; ++i) {
     if (std::strcmp(argv[i], "--threads") == 0 && i + 1 < argc) {
       threads = std::atoi(argv[++i]);
+      timed = true;
       if (threads < 1 || threads > MaxThreads) {
         std::fprintf(stderr, "bench: threads must be 1 to %d\n", MaxThreads);
         return 2;
@@ -60,7 +62,7 @@ int benchCommand(int argc, char** argv) {
   setThreadCount(threads);
   resetSplitStatistics();
   LastFinished = wallClockMicros();
-  const BenchResult r = runBench(depth, threads > 1 ? printTimedPosition : printPosition);
+  const BenchResult r = runBench(depth, timed ? printTimedPosition : printPosition);
   const long long ms = r.micros / 1000;
   std::printf("time %lld ms\nnodes %llu\nnps %llu\n", ms, static_cast<unsigned long long>(r.nodes),
               static_cast<unsigned long long>(ms > 0 ? r.nodes * 1000 / std::uint64_t(ms) : 0));
