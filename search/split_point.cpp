@@ -4,6 +4,7 @@
 // happens under the one split lock; a split point's own lock guards its picker and its bounds.
 #include "search/split_point.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -32,7 +33,9 @@ struct ThreadState {
   bool idle = false;                  // waiting in the idle loop: only then can it be given work
   std::int64_t idleSince = 0;         // when the current wait began (microseconds)
   SplitPoint* waitingAt = nullptr;    // the split point whose workers the thread waits for
-  Position* extra[ExtraRecords] = {};  // allocated when first needed, never freed
+  // Allocated when first needed (under the split lock), never freed; published with release order
+  // because the main thread sums their node counts without the lock.
+  std::atomic<Position*> extra[ExtraRecords] = {};
   std::condition_variable wake;       // the thread's wake-up event, used with SplitLock
 };
 
@@ -52,8 +55,8 @@ std::int64_t nowMicros() {
 template <class Fn>
 void forThreadRecords(std::uint64_t index, Fn fn) {
   if (index > 0 && SearchRecords[index].stateStack) fn(SearchRecords[index]);
-  for (Position* r : States[index].extra)
-    if (r) fn(*r);
+  for (const std::atomic<Position*>& slot : States[index].extra)
+    if (Position* r = slot.load(std::memory_order_acquire)) fn(*r);
 }
 
 // Can thread i join a split of thread self? It must be idle and, when it waits for workers of
@@ -107,14 +110,15 @@ Position* acquireRecord(std::uint64_t threadIndex) {
     if (!found && !r.inUse) found = &r;
   });
   if (!found)
-    for (Position*& r : States[threadIndex].extra)
-      if (!r) {
-        r = new Position;
+    for (std::atomic<Position*>& slot : States[threadIndex].extra)
+      if (!slot.load(std::memory_order_relaxed)) {
+        Position* r = new Position;
         r->stateStack = nullptr;
         initPosition(*r, WorkerStackEntries);
         r->threadIndex = threadIndex;
         r->recordIndex = threadIndex;
         seedEvaluationNoise(*r);
+        slot.store(r, std::memory_order_release);
         found = r;
         break;
       }
@@ -375,7 +379,7 @@ void beginParallelSearch(Position& root) {
 
 std::uint64_t searchNodeCount() {
   std::uint64_t total = nodeCount(*RootRecord);
-  if (Split.threadCount == 1 && !States[0].extra[0]) return total;
+  if (Split.threadCount == 1 && !States[0].extra[0].load(std::memory_order_acquire)) return total;
   for (std::uint64_t i = 0; i < std::uint64_t(MaxThreads); ++i)
     forThreadRecords(i, [&](const Position& r) {
       if (&r != RootRecord) total += nodeCount(r);
