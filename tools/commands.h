@@ -10,5 +10,6 @@ int matchCommand(int argc, char** argv);
 int fuzzCommand(int argc, char** argv);
 int datagenCommand(int argc, char** argv);
 int tuneCommand(int argc, char** argv);
+int clockCommand(int argc, char** argv);
 
 }  // namespace tavrin::tool

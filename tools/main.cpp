@@ -21,6 +21,7 @@ const Subcommand Subcommands[] = {
     {"datagen", tavrin::tool::datagenCommand,
      "datagen --output FILE [--games N] [--nodes N] [--book FILE] [--seed S] [--index K --count N] ..."},
     {"tune", tavrin::tool::tuneCommand, "tune --data FILE [--data FILE ...] [--lambda L] [--epochs N] ... (tune --help)"},
+    {"clock", tavrin::tool::clockCommand, "clock FILE.pgn [FILE.pgn ...]"},
 };
 
 int usage() {
