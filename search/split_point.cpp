@@ -243,11 +243,9 @@ bool trySplit(Position& record, MovePicker* movePicker, int depth, int beta, int
     if (own) leaveSplitPoint(*own, self);
     Split.threadWork[self] = &record;   // busy: nobody may hand this thread work now
     stopWorkers(record);
-    me.waitingAt = nullptr;
     me.wake.wait(guard, [&] { return record.workerCount == 0; });
     sp.active = 0;
     --me.splitCount;
-    Split.threadWork[self] = &record;
     throw;
   }
 
