@@ -83,11 +83,21 @@ constexpr int RootLadderStart = 12;         // ladder from d - 12 ...
 constexpr int RootLadderStep = 4;           // ... in steps of 4
 constexpr int CurrmoveMinDepth = 24;        // info currmove from the 12th ply on
 constexpr int MaxIterationDepth = 250;      // 125 plies
-// Time: with the best move unchanged for this many iterations (or a single legal move), the
-// search ends once the quarter target is spent.
-constexpr int StableIterations = 6;
-// Time: an unstable iteration (new best move, failing low) may run on to this many soft targets.
+// Time (between iterations of a timed search; the poll stops at the three-quarter target unless
+// one of the root's two flags holds it back).
+// Stop at the quarter target when the best move has not changed for this many iterations and the
+// score moved by at most StableScoreMargin in the last one (or when there is one legal move).
+constexpr int StableIterations = 8;
+constexpr int StableScoreMargin = 10;
+// The score is falling (first flag) when the iteration failed low or ended this far below the last.
+constexpr int ScoreDropMargin = 16;
+// The best move is unsettled (second flag) when it changed in one of this many last iterations.
+constexpr int UnsettledIterations = 2;
+// A held search may run on to this many soft targets ...
 constexpr int HeldSoftTargetFactor = 3;
+// ... and past the three-quarter target begins no iteration that, taking this many times as long
+// as the last one, would end after the hard limit.
+constexpr int NextIterationGrowth = 2;
 
 // --- Split points -------------------------------------------------------------------------------
 constexpr int MinSplitDepth = 8;            // nodes below four plies never offer a split

@@ -8,6 +8,7 @@
 #include "search/node.h"
 #include "search/search.h"
 #include "search/split_point.h"
+#include "search/stop_rules.h"
 
 namespace tavrin {
 
@@ -222,18 +223,11 @@ int buildRootList(Position& pos) {
   return n;
 }
 
-// Should the search end after the iteration just completed? (The input poll applies the hard
-// limit, the depth limit and the node limit; these are the soft rules.)
-bool timeToStop(int rootCount, int stableIterations) {
+// The soft stop rules of a timed search; pondering and infinite searches end only by the poll.
+bool timedStop(const IterationHistory& history, int rootMoves) {
   if (Engine.infiniteMode || Engine.ponderMode) return false;
-  const std::int64_t elapsed = elapsedMicros();
-  const bool held = RootFailingLow || RootBestMoveChanged;
-  if (elapsed >= Limits.quarterTarget && (rootCount == 1 || (!held && stableIterations >= params::StableIterations)))
-    return true;
-  if (!held && elapsed >= Limits.threeQuarterTarget) return true;
-  if (!held && elapsed >= Limits.softTarget) return true;
-  if (Limits.softTarget != NoLimit && elapsed >= Limits.softTarget * params::HeldSoftTargetFactor) return true;
-  return false;
+  const StopTargets targets{Limits.quarterTarget, Limits.threeQuarterTarget, Limits.softTarget, Limits.hardLimit};
+  return stopAfterIteration(history, targets, elapsedMicros(), rootMoves, RootFailingLow || RootBestMoveChanged);
 }
 
 template <Color Us>
@@ -259,11 +253,11 @@ void iterate(Position& pos) {
 
   // 3. Deepen by one ply per iteration.
   int lastScore = 0;
-  int stableIterations = 0;
-  Move previousBest = NoMove;
+  IterationHistory history;
   for (int depth = 2; depth <= params::MaxIterationDepth; depth += 2) {
     Root.iterationDepth = depth;
-    RootFailingLow = RootBestMoveChanged = 0;
+    RootFailingLow = 0;
+    RootBestMoveChanged = bestMoveUnsettled(history, false);
     int score;
 
     // 4. Aspiration windows around the last score, widening on each failure.
@@ -293,14 +287,17 @@ void iterate(Position& pos) {
     }
     if (pos.stopFlag) break;
 
-    // 5. The iteration is complete.
+    // 5. The iteration is complete: record it, set the flags the poll reads, poll, and apply the
+    // stop rules of a timed search.
     lastScore = score;
     Root.completedDepth = depth;
-    stableIterations = Root.bestMove == previousBest ? stableIterations + 1 : 0;
-    previousBest = Root.bestMove;
+    const std::int64_t elapsed = elapsedMicros();
+    recordIteration(history, Root.bestMove, score, elapsed);
+    RootFailingLow = scoreFalling(history, RootFailingLow);
+    RootBestMoveChanged = bestMoveUnsettled(history, RootBestMoveChanged);
     Reports.poll(pos, depth / 2);
     if (depth / 2 >= Limits.depthLimit) break;
-    if (timeToStop(count, stableIterations)) break;
+    if (timedStop(history, count)) break;
   }
 }
 

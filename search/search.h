@@ -81,9 +81,9 @@ struct SearchSettings {
 };
 extern SearchSettings Settings;
 
-// The two flags that hold back the three-quarter-target stop of the input poll:
-// the current iteration has failed low (its score is falling), and the best move changed in
-// the current or the last completed iteration. Either one means the search is not settled.
+// The two flags that hold back the three-quarter-target stop of the input poll (their rules are in
+// search/stop_rules.h): the score is falling (the iteration failed low, or ended clearly below the
+// one before), and the best move is unsettled (it changed in this iteration or the one before).
 extern std::uint8_t RootFailingLow;
 extern std::uint8_t RootBestMoveChanged;
 

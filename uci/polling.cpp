@@ -28,7 +28,7 @@ void printProgress(std::int64_t elapsed, std::int64_t nodes) {
 }
 
 // The root search holds the three-quarter stop back while its score is falling or its best
-// move has just changed.
+// move is unsettled (search/stop_rules.h).
 bool threeQuarterStopHeldBack() { return RootFailingLow || RootBestMoveChanged; }
 
 }  // namespace
