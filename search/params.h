@@ -97,7 +97,7 @@ constexpr int UnsettledIterations = 2;
 constexpr int HeldSoftTargetFactor = 3;
 // ... and past the three-quarter target begins no iteration that, taking this many times as long
 // as the last one, would end after the hard limit.
-constexpr int NextIterationGrowth = 2;
+constexpr int NextIterationGrowth = 1;
 
 // --- Split points -------------------------------------------------------------------------------
 constexpr int MinSplitDepth = 8;            // nodes below four plies never offer a split

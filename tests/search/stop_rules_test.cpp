@@ -79,15 +79,19 @@ struct StopCase {
 };
 
 TEST(StopRules, DecisionAfterAnIteration) {
-  // Soft target 100 ms: quarter 25, three-quarter 75, hard 400.
-  const StopTargets t{25000, 75000, 100000, 400000};
+  // Soft target 100 ms: quarter 25, three-quarter 75, hard 330.
+  const StopTargets t{25000, 75000, 100000, 330000};
   const int stable = params::StableIterations;
   IterationHistory stableLong = steady(stable + 1);
   IterationHistory stableShort = steady(stable);
   IterationHistory stableMoving = historyOf({{1, 0, 1000}});
   for (int i = 0; i < stable; ++i) recordIteration(stableMoving, 1, (i + 1) * (params::StableScoreMargin + 1), 2000 + i);
-  // A held search whose last iteration took 100 ms: the next would take about 200.
+  // A held search whose last iteration took 100 ms, and the last start that lets the next one end
+  // by the hard limit.
   IterationHistory slow = historyOf({{1, 0, 50000}, {2, 0, 150000}});
+  const std::int64_t lastStart = t.hard - params::NextIterationGrowth * slow.lastDuration;
+  ASSERT_GT(lastStart, t.threeQuarter);
+  ASSERT_LT(lastStart, t.soft * params::HeldSoftTargetFactor);
 
   const StopCase cases[] = {
       {"one move, before the quarter", steady(1), 24999, 1, false, false},
@@ -101,8 +105,8 @@ TEST(StopRules, DecisionAfterAnIteration) {
       {"settled, at three quarters", steady(2), 75000, 30, false, true},
       {"held past three quarters", steady(2), 90000, 30, true, false},
       {"held, at three soft targets", steady(2), 300000, 30, true, true},
-      {"held, next iteration fits", slow, 150000, 30, true, false},
-      {"held, next iteration would pass the hard limit", slow, 250000, 30, true, true},
+      {"held, next iteration fits", slow, lastStart, 30, true, false},
+      {"held, next iteration would pass the hard limit", slow, lastStart + 1, 30, true, true},
       {"held, before three quarters, iteration too long", slow, 74000, 30, true, false},
   };
   for (const StopCase& c : cases)
