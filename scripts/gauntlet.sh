@@ -3,7 +3,8 @@
 # Run by hand: scripts/gauntlet.sh [games-per-opponent]
 # Environment: BUILD (build directory, default build), GAMES, TC (default 5+0.05),
 # CONCURRENCY (default: cores), OPENINGS (EPD file), OUT (directory for PGN and logs),
-# ADJUDICATE (resign/draw adjudication options; set it empty to play every game out).
+# ADJUDICATE (resign/draw adjudication options; set it empty to play every game out), SEED (opening
+# order, default 1), ONLY (names of the opponents to play, for example "toga2 glaurung"; default all).
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "$0")/.." && pwd)
@@ -49,6 +50,7 @@ OPPONENTS=(
 printf '%-16s %6s %7s %28s %8s\n' opponent games score "Elo [95% interval]" faults > "$OUT/table.txt"
 for entry in "${OPPONENTS[@]}"; do
   IFS='|' read -r name cmd args extra <<< "$entry"
+  [ -n "${ONLY:-}" ] && [[ " $ONLY " != *" $name "* ]] && continue
   if [ ! -x "$cmd" ]; then
     echo "$name: $cmd not installed; skipped"
     continue

@@ -84,20 +84,23 @@ constexpr int RootLadderStep = 4;           // ... in steps of 4
 constexpr int CurrmoveMinDepth = 24;        // info currmove from the 12th ply on
 constexpr int MaxIterationDepth = 250;      // 125 plies
 // Time (between iterations of a timed search; the poll stops at the three-quarter target unless
-// one of the root's two flags holds it back).
+// one of the root's two flags holds it back). The rules are in search/stop_rules.h.
 // Stop at the quarter target when the best move has not changed for this many iterations and the
-// score moved by at most StableScoreMargin in the last one (or when there is one legal move).
-constexpr int StableIterations = 8;
-constexpr int StableScoreMargin = 10;
-// The score is falling (first flag) when the iteration failed low or ended this far below the last.
-constexpr int ScoreDropMargin = 16;
-// The best move is unsettled (second flag) when it changed in one of this many last iterations.
-constexpr int UnsettledIterations = 2;
+// score moved by at most StableScoreMargin in the last one (44000, twice the mate score: the score
+// is not looked at), or when there is one legal move.
+constexpr int StableIterations = 6;
+constexpr int StableScoreMargin = 44000;
+// The score is falling (first flag) when the iteration failed low or ended this far below the last
+// (44000: only a fail-low counts).
+constexpr int ScoreDropMargin = 44000;
+// The best move is unsettled (second flag) when it changed in the current iteration or in one of
+// this many iterations before it.
+constexpr int UnsettledIterations = 0;
 // A held search may run on to this many soft targets ...
 constexpr int HeldSoftTargetFactor = 3;
 // ... and past the three-quarter target begins no iteration that, taking this many times as long
-// as the last one, would end after the hard limit.
-constexpr int NextIterationGrowth = 1;
+// as the last one, would end after the hard limit (0: no such rule).
+constexpr int NextIterationGrowth = 0;
 
 // --- Split points -------------------------------------------------------------------------------
 constexpr int MinSplitDepth = 8;            // nodes below four plies never offer a split

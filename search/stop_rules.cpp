@@ -4,9 +4,13 @@
 #include <cstdlib>
 
 #include "common/globals.h"
-#include "search/params.h"
 
 namespace tavrin {
+
+namespace {
+// The first iteration has no best move to change from.
+constexpr int NoChangeYet = 1 << 20;
+}  // namespace
 
 void recordIteration(IterationHistory& h, Move best, int score, std::int64_t elapsed) {
   const bool first = h.completed == 0;
@@ -18,7 +22,7 @@ void recordIteration(IterationHistory& h, Move best, int score, std::int64_t ela
     ++h.sinceBestMoveChange;
   } else {
     h.stableIterations = 0;
-    h.sinceBestMoveChange = first ? params::UnsettledIterations : 0;
+    h.sinceBestMoveChange = first ? NoChangeYet : 0;
   }
   h.bestMove = best;
   h.score = score;
@@ -27,28 +31,28 @@ void recordIteration(IterationHistory& h, Move best, int score, std::int64_t ela
   ++h.completed;
 }
 
-bool scoreFalling(const IterationHistory& h, bool failedLow) {
-  return failedLow || h.scoreDrop >= params::ScoreDropMargin;
+bool scoreFalling(const IterationHistory& h, bool failedLow, const StopRuleParams& p) {
+  return failedLow || h.scoreDrop >= p.scoreDropMargin;
 }
 
-bool bestMoveUnsettled(const IterationHistory& h, bool changedNow) {
-  return changedNow || h.sinceBestMoveChange < params::UnsettledIterations;
+bool bestMoveUnsettled(const IterationHistory& h, bool changedNow, const StopRuleParams& p) {
+  return changedNow || h.sinceBestMoveChange < p.unsettledIterations;
 }
 
 bool stopAfterIteration(const IterationHistory& h, const StopTargets& t, std::int64_t elapsed, int rootMoves,
-                        bool held) {
+                        bool held, const StopRuleParams& p) {
   // Nothing to choose, or a choice that has not moved for many iterations: a quarter is enough.
   if (elapsed >= t.quarter) {
     if (rootMoves == 1) return true;
-    if (!held && h.stableIterations >= params::StableIterations && h.scoreChange <= params::StableScoreMargin)
+    if (!held && h.stableIterations >= p.stableIterations && h.scoreChange <= p.stableScoreMargin)
       return true;
   }
   if (!held) return elapsed >= t.threeQuarter;
   // An unsettled search runs on past the three-quarter target, up to a few soft targets, but does
   // not begin an iteration that would most likely be cut off by the hard limit.
-  if (t.soft != NoLimit && elapsed >= t.soft * params::HeldSoftTargetFactor) return true;
-  if (elapsed >= t.threeQuarter && t.hard != NoLimit &&
-      elapsed + h.lastDuration * params::NextIterationGrowth > t.hard)
+  if (t.soft != NoLimit && elapsed >= t.soft * p.heldSoftTargetFactor) return true;
+  if (p.nextIterationGrowth > 0 && elapsed >= t.threeQuarter && t.hard != NoLimit &&
+      elapsed + h.lastDuration * p.nextIterationGrowth > t.hard)
     return true;
   return false;
 }

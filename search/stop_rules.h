@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "board/types.h"
+#include "search/params.h"
 
 namespace tavrin {
 
@@ -22,6 +23,16 @@ struct IterationHistory {
   std::int64_t lastDuration = 0;    // how long it took
 };
 
+// The numbers the rules use; the engine plays with the defaults of search/params.h.
+struct StopRuleParams {
+  int stableIterations = params::StableIterations;
+  int stableScoreMargin = params::StableScoreMargin;
+  int scoreDropMargin = params::ScoreDropMargin;
+  int unsettledIterations = params::UnsettledIterations;
+  int heldSoftTargetFactor = params::HeldSoftTargetFactor;
+  int nextIterationGrowth = params::NextIterationGrowth;
+};
+
 // Adds a completed iteration to the record.
 void recordIteration(IterationHistory& h, Move best, int score, std::int64_t elapsed);
 
@@ -35,14 +46,14 @@ struct StopTargets {
 
 // The flags' values between iterations. The score is falling when the iteration failed low at the
 // root or ended clearly below the one before; the best move is unsettled when it changed during
-// the iteration or in the one before it.
-bool scoreFalling(const IterationHistory& h, bool failedLow);
-bool bestMoveUnsettled(const IterationHistory& h, bool changedNow);
+// the iteration, or in one of the last few before it.
+bool scoreFalling(const IterationHistory& h, bool failedLow, const StopRuleParams& p = {});
+bool bestMoveUnsettled(const IterationHistory& h, bool changedNow, const StopRuleParams& p = {});
 
 // Should the search end after the iteration just recorded? `held`: either flag is set.
 // `rootMoves`: the number of legal root moves. (The poll applies the hard limit and the plain
 // three-quarter stop itself.)
 bool stopAfterIteration(const IterationHistory& h, const StopTargets& t, std::int64_t elapsed, int rootMoves,
-                        bool held);
+                        bool held, const StopRuleParams& p = {});
 
 }  // namespace tavrin

@@ -72,9 +72,25 @@ TEST(ClockReport, FiguresOfKnownGames) {
     }
   }
 
+  EXPECT_EQ(find(r, "Alpha")->clockLeftMs[0], std::vector<double>{6000});   // 10 - 5 + 1 after its move 20
+  EXPECT_TRUE(find(r, "Gamma")->clockLeftMs[3].empty());                     // no clock, nothing left
+
   Figures even = figuresOf({4, 1, 3, 2});
   EXPECT_DOUBLE_EQ(even.median, 2.5);
   EXPECT_DOUBLE_EQ(even.mean, 2.5);
+}
+
+// The clock left after move 20: increments added, a new period's base added when one begins.
+TEST(ClockReport, ClockLeftAfterTheMarkedMoves) {
+  ClockReport r = readClockReport(
+      "[White \"P\"]\n[Black \"I\"]\n[FEN \"6k1/8/8/8/8/8/8/5K2 w - - 0 19\"]\n"
+      "[WhiteTimeControl \"2/10\"]\n[BlackTimeControl \"5+1\"]\n\n"
+      "19. Kf2 {0.00/1 3.000s} 19... Kg7 {0.00/1 1.000s} 20. Kf3 {0.00/1 4.000s} 20... Kg8 {0.00/1 2.000s}\n"
+      "21. Kf4 {0.00/1 1.000s} *\n");
+  ASSERT_EQ(r.games, 1);
+  EXPECT_EQ(find(r, "P")->clockLeftMs[0], std::vector<double>{13000});
+  EXPECT_EQ(find(r, "I")->clockLeftMs[0], std::vector<double>{4000});
+  EXPECT_TRUE(find(r, "P")->clockLeftMs[1].empty());
 }
 
 TEST(ClockReport, SkipsWhatItCannotRead) {
@@ -148,6 +164,12 @@ TEST(ClockReport, ReadsTextInAnyPiecesAndAcrossFiles) {
             "Alpha   3.667 / 4.000 (3)                  -            -  2.000 / 2.000 (3)\n"
             "Beta    2.000 / 2.000 (2)  1.500 / 1.500 (1)            -                  -\n"
             "Gamma                   -                  -            -  0.500 / 0.500 (2)\n"
+            "\n"
+            "Clock left in seconds after the move: median (games)\n"
+            "engine    move 20  move 40  move 60  move 80\n"
+            "Alpha   6.000 (1)        -        -        -\n"
+            "Beta            -        -        -        -\n"
+            "Gamma           -        -        -        -\n"
             "\n"
             "Games: 3 counted, 1 skipped (1 with a move lacking its time)\n");
 }

@@ -92,7 +92,7 @@ Side timeLoser(const PgnGame& g) {
 
 EngineClock& engineNamed(ClockReport& r, const std::string& name) {
   auto [at, added] = r.engineIndex.try_emplace(name, r.engines.size());
-  if (added) r.engines.push_back(EngineClock{name, {}, {}, 0});
+  if (added) r.engines.push_back(EngineClock{name, {}, {}, {}, 0});
   return r.engines[at->second];
 }
 
@@ -100,7 +100,15 @@ struct SideFigures {
   double spentMs = 0;
   std::int64_t moves = 0;
   std::array<std::vector<std::int64_t>, PhaseCount> moveMs;
+  double leftMs = 0;                                   // the clock after the last move
+  std::array<std::vector<double>, PhaseCount> leftAt;  // ... after moves 20, 40, 60, 80
 };
+
+// Charges a timed move to the side's clock: its time off, the increment on, a new period's base on.
+void chargeMove(SideFigures& f, const TimeControl& tc, std::int64_t ms) {
+  f.leftMs += double(tc.incMs) - double(ms);
+  if (tc.movesPerPeriod > 0 && f.moves % tc.movesPerPeriod == 0) f.leftMs += double(tc.baseMs);
+}
 
 }  // namespace
 
@@ -129,6 +137,7 @@ void addGame(ClockReport& report, const PgnGame& g) {
   std::int64_t number;
   startOf(g, side, number);
   SideFigures fig[2];
+  for (int s : {WhiteSide, BlackSide}) fig[s].leftMs = double(tc[s].baseMs);
   for (const PgnMove& m : g.moves) {
     std::int64_t ms = 0;
     MoveTime t = readMoveTime(m, ms);
@@ -138,7 +147,10 @@ void addGame(ClockReport& report, const PgnGame& g) {
       f.spentMs += double(ms);
       ++f.moves;
       f.moveMs[std::min<std::int64_t>((number - 1) / PhaseLength, PhaseCount - 1)].push_back(ms);
+      chargeMove(f, tc[side], ms);
     }
+    if (tc[side].hasClock && number % PhaseLength == 0 && number / PhaseLength <= PhaseCount)
+      fig[side].leftAt[number / PhaseLength - 1].push_back(fig[side].leftMs);
     if (side == BlackSide) ++number;
     side = side == WhiteSide ? BlackSide : WhiteSide;
   }
@@ -155,7 +167,10 @@ void addGame(ClockReport& report, const PgnGame& g) {
     if (s != loser && (f.moves == 0 || had <= 0)) continue;   // it never used its clock
     EngineClock& e = engineNamed(report, names[s] ? *names[s] : "?");
     e.shares.push_back(s == loser ? 1.0 : f.spentMs / had);
-    for (int p = 0; p < PhaseCount; ++p) e.moveMs[p].insert(e.moveMs[p].end(), f.moveMs[p].begin(), f.moveMs[p].end());
+    for (int p = 0; p < PhaseCount; ++p) {
+      e.moveMs[p].insert(e.moveMs[p].end(), f.moveMs[p].begin(), f.moveMs[p].end());
+      e.clockLeftMs[p].insert(e.clockLeftMs[p].end(), f.leftAt[p].begin(), f.leftAt[p].end());
+    }
     if (s == loser) ++e.timeLosses;
   }
 }

@@ -27,6 +27,8 @@ struct EngineClock {
   // the bases of the periods it began); 1 for a game lost on time.
   std::vector<double> shares;
   std::array<std::vector<std::int64_t>, PhaseCount> moveMs;   // each move's time, by phase
+  // Per game that got there: the clock left after its move 20, 40, 60 and 80 (games with a clock).
+  std::array<std::vector<double>, PhaseCount> clockLeftMs;
   int timeLosses = 0;
 };
 
@@ -63,7 +65,7 @@ class ClockReader {
 
 ClockReport readClockReport(std::string_view text);
 
-// The report as two aligned tables and a line telling the games read and skipped.
+// The report as three aligned tables and a line telling the games read and skipped.
 std::string formatClockReport(const ClockReport& report);
 
 }  // namespace tavrin::clockuse

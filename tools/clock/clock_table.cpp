@@ -1,5 +1,5 @@
-// The clock report as plain text: the share of the clock used, the time per move by phase, and
-// what was skipped.
+// The clock report as plain text: the share of the clock used, the time per move by phase, the
+// clock left as the game goes on, and what was skipped.
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -49,6 +49,12 @@ std::string moveTimes(const std::vector<std::int64_t>& ms) {
   return printed("%.3f", f.mean) + " / " + printed("%.3f", f.median) + " (" + std::to_string(ms.size()) + ")";
 }
 
+std::string clockLeft(std::vector<double> ms) {
+  if (ms.empty()) return "-";
+  const std::size_t games = ms.size();
+  return printed("%.3f", figuresOf(std::move(ms)).median / 1000) + " (" + std::to_string(games) + ")";
+}
+
 std::string phaseName(int p) {
   std::string name = "moves " + std::to_string(p * PhaseLength + 1);
   if (p + 1 == PhaseCount) return name.append(1, '+');
@@ -81,6 +87,14 @@ std::string formatClockReport(const ClockReport& r) {
       for (const auto& ms : e.moveMs) phases.back().push_back(moveTimes(ms));
     }
     out += aligned(phases);
+    out += "\nClock left in seconds after the move: median (games)\n";
+    Table left{{"engine"}};
+    for (int p = 0; p < PhaseCount; ++p) left[0].push_back("move " + std::to_string((p + 1) * PhaseLength));
+    for (const EngineClock& e : r.engines) {
+      left.push_back({e.name});
+      for (const auto& ms : e.clockLeftMs) left.back().push_back(clockLeft(ms));
+    }
+    out += aligned(left);
     out += "\n";
   }
   out += "Games: " + std::to_string(r.games) + " counted, " + std::to_string(r.skippedGames()) + " skipped";
