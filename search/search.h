@@ -82,8 +82,8 @@ struct SearchSettings {
 extern SearchSettings Settings;
 
 // The two flags that hold back the three-quarter-target stop of the input poll (their rules are in
-// search/stop_rules.h): the score is falling (the iteration failed low, or ended clearly below the
-// one before), and the best move is unsettled (it changed in this iteration or the one before).
+// search/stop_rules.h): the score is falling (the iteration failed low), and the best move is
+// unsettled (it changed during the iteration).
 extern std::uint8_t RootFailingLow;
 extern std::uint8_t RootBestMoveChanged;
 

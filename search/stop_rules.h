@@ -45,8 +45,8 @@ struct StopTargets {
 };
 
 // The flags' values between iterations. The score is falling when the iteration failed low at the
-// root or ended clearly below the one before; the best move is unsettled when it changed during
-// the iteration, or in one of the last few before it.
+// root (or, when the rules say so, ended clearly below the one before); the best move is unsettled
+// when it changed during the iteration (or, when the rules say so, in one of the last few before it).
 bool scoreFalling(const IterationHistory& h, bool failedLow, const StopRuleParams& p = {});
 bool bestMoveUnsettled(const IterationHistory& h, bool changedNow, const StopRuleParams& p = {});
 
