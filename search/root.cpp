@@ -291,8 +291,7 @@ void iterate(Position& pos) {
     // stop rules of a timed search.
     lastScore = score;
     Root.completedDepth = depth;
-    const std::int64_t elapsed = elapsedMicros();
-    recordIteration(history, Root.bestMove, score, elapsed);
+    recordIteration(history, Root.bestMove, score, elapsedMicros());
     RootFailingLow = scoreFalling(history, RootFailingLow);
     RootBestMoveChanged = bestMoveUnsettled(history, RootBestMoveChanged);
     Reports.poll(pos, depth / 2);

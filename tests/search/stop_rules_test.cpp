@@ -36,21 +36,6 @@ IterationHistory steady(int count, Move best = 100, int score = 20) {
   return historyOf(its);
 }
 
-TEST(StopRules, RecordCountsStabilityChangesAndDrops) {
-  IterationHistory h = historyOf({{7, 30, 1000}, {7, 35, 3000}, {9, 10, 7000}, {9, 12, 15000}});
-  EXPECT_EQ(h.completed, 4);
-  EXPECT_EQ(h.stableIterations, 1);
-  EXPECT_EQ(h.sinceBestMoveChange, 1);
-  EXPECT_EQ(h.scoreDrop, 0);
-  EXPECT_EQ(h.scoreChange, 2);
-  EXPECT_EQ(h.lastDuration, 8000);
-  EXPECT_EQ(h.finishedAt, 15000);
-  recordIteration(h, 9, -10, 30000);
-  EXPECT_EQ(h.scoreDrop, 22);
-  EXPECT_EQ(h.scoreChange, 22);
-  EXPECT_EQ(h.stableIterations, 2);
-}
-
 // The first flag: a fail-low, or a score clearly below the last iteration's.
 TEST(StopRules, ScoreFallsOnFailLowOrADrop) {
   const int margin = Rules.scoreDropMargin;
