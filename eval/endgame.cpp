@@ -1,4 +1,5 @@
-// Endgame rules of the final combination: mating a bare king, and minor pieces that cannot win.
+// Endgame rules of the final combination: mating a bare king, a rook or queen against a lone pawn,
+// drawish rook endings, and minor pieces that cannot win.
 #include "board/attacks.h"
 #include "board/bitboard.h"
 #include "eval/eval_internal.h"
@@ -55,12 +56,109 @@ bool minorCannotWin(const Position& pos) {
   return defender == corner || (kingAttacks(corner) & bit(defender));
 }
 
+// A pawn that cannot stand where it stands (a position set up by hand): no rule for it.
+template <Color Us>
+bool pawnOnBackRank(int pawn) {
+  int rank = ColorTraits<Us>::RelativeRank(pawn);
+  return rank == 0 || rank == 7;
+}
+
+// Rook against a lone pawn, from the rook's side (Strong), in centipawns. It wins outright when
+// its king stands in the pawn's path or the pawn's king is far from both pawn and rook; an
+// advanced pawn next to its king with the rook's king far away is close to a draw; in between,
+// the kings' race to the pawn's next square and the pawn's distance to promotion decide.
+template <Color Strong>
+int rookVsPawn(const Position& pos, int own) {
+  using T = ColorTraits<Strong>;
+  using Defender = ColorTraits<T::Them>;
+  const int pawn = bitScanForward(pos.pieces[T::EnemyPawn]);
+  if (pawnOnBackRank<T::Them>(pawn)) return own;
+  const int strongKing = pos.kingSquare(Strong), weakKing = pos.kingSquare(T::Them);
+  const int rook = bitScanForward(pos.pieces[T::OwnRook]);
+  const int queening = makeSquare(fileOf(pawn), Defender::Rank8);
+  const int next = pawn + Defender::Up;
+  const int defenderMoves = pos.sideToMove == T::Them ? 1 : 0;
+
+  if (Spans.forwardFile[T::Them][pawn] & bit(strongKing)) return own;
+  if (distance(weakKing, pawn) - defenderMoves >= 3 && distance(weakKing, rook) >= 3) return own;
+  int value;
+  if (Defender::RelativeRank(pawn) >= 4 && distance(weakKing, pawn) <= 1 &&
+      distance(strongKing, pawn) - (1 - defenderMoves) >= 3)
+    value = W.RookVsPawnDrawish - W.RookVsPawnDistance * distance(strongKing, queening);
+  else
+    value = W.RookVsPawnBase - W.RookVsPawnDistance * (distance(strongKing, next) - distance(weakKing, next) -
+                                                       distance(pawn, queening));
+  return value;
+}
+
+// Queen against a lone pawn, from the queen's side: a rook or bishop pawn on the seventh next to
+// its king holds the draw unless the queen's king is near; elsewhere the queen wins, the sooner
+// the closer its king comes.
+template <Color Strong>
+int queenVsPawn(const Position& pos, int own) {
+  using T = ColorTraits<Strong>;
+  using Defender = ColorTraits<T::Them>;
+  const int pawn = bitScanForward(pos.pieces[T::EnemyPawn]);
+  if (pawnOnBackRank<T::Them>(pawn)) return own;
+  const int strongKing = pos.kingSquare(Strong), weakKing = pos.kingSquare(T::Them);
+  const int file = fileOf(pawn);
+  const bool rookOrBishopPawn = file == 0 || file == 2 || file == 5 || file == 7;
+  if (Defender::RelativeRank(pawn) == 6 && rookOrBishopPawn && distance(weakKing, pawn) <= 1 &&
+      distance(strongKing, pawn) >= 3)
+    return own * W.QueenVsPawnDrawScale / 128;
+  return own + W.QueenVsPawnKingClose * (7 - distance(strongKing, pawn));
+}
+
+// One rook each, the side ahead (Strong) at most a pawn up: a lone pawn with the defending king in
+// front of it, or every pawn on one wing with the defending king beside them, is hard to win.
+template <Color Strong>
+int rookEndingScale(const Position& pos) {
+  using T = ColorTraits<Strong>;
+  const Bitboard own = pos.pieces[T::OwnPawn], enemy = pos.pieces[T::EnemyPawn];
+  const int weakKing = pos.kingSquare(T::Them);
+  if (!own) return 128;
+  if (!enemy && !moreThanOne(own)) {
+    const int pawn = bitScanForward(own);
+    return Spans.passedSpan[Strong][pawn] & bit(weakKing) ? W.ScaleRookPawnKingInFront : 128;
+  }
+  const Bitboard all = own | enemy;
+  if ((all & QueenSideFiles) && (all & KingSideFiles)) return 128;
+  int lowFile = 7, highFile = 0;
+  for (Bitboard b = all; b;) {
+    int f = fileOf(popLowest(b));
+    lowFile = f < lowFile ? f : lowFile;
+    highFile = f > highFile ? f : highFile;
+  }
+  const int kingFile = fileOf(weakKing);
+  return kingFile >= lowFile - 1 && kingFile <= highFile + 1 ? W.ScaleRookEndingOneWing : 128;
+}
+
+// A rule written from the stronger side's point of view, applied to a White-view total.
+template <int (*WhiteRule)(const Position&, int), int (*BlackRule)(const Position&, int)>
+int fromStrongSide(const Position& pos, Color strong, int total) {
+  return strong == White ? WhiteRule(pos, total) : -BlackRule(pos, -total);
+}
+
 }  // namespace
 
-int applySpecialEnding(const Position& pos, int total) {
-  // The bare side is the one with nothing but its king.
-  if (!(pos.pieces[AllBlack] & ~pos.pieces[BlackKing])) return total + mateBonus<White>(pos);
-  if (!(pos.pieces[AllWhite] & ~pos.pieces[WhiteKing])) return total - mateBonus<Black>(pos);
+int applySpecialEnding(const Position& pos, EndingRule rule, int total) {
+  switch (rule) {
+    case EndingRule::MateBareKing:
+      // The bare side is the one with nothing but its king.
+      if (!(pos.pieces[AllBlack] & ~pos.pieces[BlackKing])) return total + mateBonus<White>(pos);
+      if (!(pos.pieces[AllWhite] & ~pos.pieces[WhiteKing])) return total - mateBonus<Black>(pos);
+      return total;
+    case EndingRule::RookVsPawn:
+      return fromStrongSide<rookVsPawn<White>, rookVsPawn<Black>>(pos, pos.pieces[WhiteRook] ? White : Black,
+                                                                   total);
+    case EndingRule::QueenVsPawn:
+      return fromStrongSide<queenVsPawn<White>, queenVsPawn<Black>>(pos, pos.pieces[WhiteQueen] ? White : Black,
+                                                                     total);
+    case EndingRule::RookEnding:
+      if (total == 0) return 0;
+      return total * (total > 0 ? rookEndingScale<White>(pos) : rookEndingScale<Black>(pos)) / 128;
+    case EndingRule::None: break;
+  }
   return total;
 }
 

@@ -5,6 +5,7 @@
 
 #include "board/attacks.h"
 #include "board/position.h"
+#include "eval/material.h"
 #include "eval/pawns.h"
 
 namespace tavrin {
@@ -25,6 +26,7 @@ struct MaterialInfo {
   int value = 0;       // White's point of view
   int scale = 128;
   std::uint8_t flags = 0;
+  EndingRule rule = EndingRule::None;   // the rule FlagSpecialEnding calls for
 };
 
 // The material step of the driver: table entry or the out-of-range evaluator. May clear the
@@ -45,8 +47,9 @@ constexpr int taper(Packed s, int phase) {
   return (middlegameOf(s) * phase + endgameOf(s) * (32 - phase)) / 32;
 }
 
-// Special rules for mating material against a bare king (evalFlags bit 7).
-int applySpecialEnding(const Position& pos, int total);
+// The endgame rules of evalFlags bit 7: mating a bare king, rook or queen against a lone pawn,
+// drawish rook endings. White's point of view in and out.
+int applySpecialEnding(const Position& pos, EndingRule rule, int total);
 // Minor-piece draw tests (evalFlags bits 5 and 6).
 int applyMinorDrawTests(const Position& pos, std::uint8_t flags, int total);
 
@@ -94,5 +97,8 @@ constexpr int EvalCacheSize = 32768;
 extern std::uint64_t EvalCache[EvalCacheSize];
 
 constexpr int EvalScoreLimit = 20000;   // static scores are kept inside +-this
+constexpr int clampScore(int v) {
+  return v > EvalScoreLimit ? EvalScoreLimit : v < -EvalScoreLimit ? -EvalScoreLimit : v;
+}
 
 }  // namespace tavrin

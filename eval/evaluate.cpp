@@ -23,8 +23,6 @@ namespace {
 constexpr std::uint64_t NoiseMultiplier = 0x01933CF52388A6CFULL;
 constexpr std::uint64_t NoiseIncrement = 0x99E2F6CB1323CA0DULL;
 
-int clampScore(int v) { return v > EvalScoreLimit ? EvalScoreLimit : v < -EvalScoreLimit ? -EvalScoreLimit : v; }
-
 // Step 8: the largest positional gain seen for a quiet move of a piece, decaying by one each
 // time a smaller gain is seen.
 void updateGain(Position& pos, Move lastMove) {
@@ -86,6 +84,7 @@ MaterialInfo probeMaterial(Position& pos) {
     mi.value = e.value;
     mi.scale = e.scale;
     mi.flags = e.flags;
+    mi.rule = e.rule;
   } else {
     mi.value = outOfRangeMaterial(pos);
     mi.scale = 128;
@@ -112,7 +111,7 @@ int evaluateStatic(Position& pos, const MaterialInfo& mi, const PawnEntry& pe, E
   terms.pawns = pe.score;
   Packed sum = st.psqScore + pe.score + evaluatePieces(pos, pe, terms);
   int total = combineScore(taper(sum, gamePhase(st.materialKey)), mi, pe);
-  if (mi.flags & FlagSpecialEnding) total = applySpecialEnding(pos, total);
+  if (mi.flags & FlagSpecialEnding) total = applySpecialEnding(pos, mi.rule, total);
   if (mi.flags & (FlagWhiteMinorOnly | FlagBlackMinorOnly)) total = applyMinorDrawTests(pos, mi.flags, total);
   return clampScore(total);
 }

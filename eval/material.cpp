@@ -97,6 +97,25 @@ const int* scaleWeightFor(const MaterialCounts& c, int strong) {
   return nullptr;
 }
 
+// The endgame rule of the counts, if any.
+EndingRule endingRuleFor(const MaterialCounts& c) {
+  for (int side : {Black, White}) {
+    int other = side ^ 1;
+    if (pieceCount(c, other) == 0 && c.pawns[other] == 0 && c.pawns[side] == 0 && canMateBareKing(c, side))
+      return EndingRule::MateBareKing;
+    if (pieceCount(c, side) == 1 && c.pawns[side] == 0 && pieceCount(c, other) == 0 && c.pawns[other] == 1) {
+      if (c.rooks[side]) return EndingRule::RookVsPawn;
+      if (c.queens[side]) return EndingRule::QueenVsPawn;
+    }
+  }
+  bool rookEach = c.rooks[White] == 1 && c.rooks[Black] == 1 && pieceCount(c, White) == 1 &&
+                  pieceCount(c, Black) == 1;
+  int pawnGap = c.pawns[White] - c.pawns[Black];
+  if (rookEach && pawnGap <= 1 && pawnGap >= -1 && c.pawns[White] + c.pawns[Black] > 0)
+    return EndingRule::RookEnding;
+  return EndingRule::None;
+}
+
 int scaleFor(const MaterialCounts& c, int strong) {
   const int* weight = scaleWeightFor(c, strong);
   return weight ? *weight : 128;
@@ -139,17 +158,13 @@ void buildMaterialTable() {
     e.value = std::int16_t(value);
     e.strongSide = std::uint8_t(strong);
     e.scale = std::uint8_t(scaleFor(c, strong));
-    e.reserved = 0;
+    e.rule = endingRuleFor(c);
     std::uint8_t flags = 0;
     if (pieceCount(c, Black)) flags |= FlagBlackPieces;
     if (pieceCount(c, White)) flags |= FlagWhitePieces;
     if (onlyOneMinor(c, White)) flags |= FlagWhiteMinorOnly;
     if (onlyOneMinor(c, Black)) flags |= FlagBlackMinorOnly;
-    for (int side : {Black, White}) {
-      int other = side ^ 1;
-      if (pieceCount(c, other) == 0 && c.pawns[other] == 0 && c.pawns[side] == 0 && canMateBareKing(c, side))
-        flags |= FlagSpecialEnding;
-    }
+    if (e.rule != EndingRule::None) flags |= FlagSpecialEnding;
     e.flags = flags;
   }
 }

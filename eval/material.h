@@ -9,12 +9,21 @@
 
 namespace tavrin {
 
+// The endgame rule the special-endings flag calls for.
+enum class EndingRule : std::uint8_t {
+  None,
+  MateBareKing,   // mating material against a bare king
+  RookVsPawn,     // a lone rook against a lone pawn
+  QueenVsPawn,    // a lone queen against a lone pawn
+  RookEnding,     // one rook each, pawn counts at most one apart
+};
+
 // One row of the material table (six bytes).
 struct MaterialEntry {
   std::int16_t value;        // White's point of view, centipawns
   std::uint8_t scale;        // 128 means 1.0
   std::uint8_t strongSide;   // 1 when the value favours White (or is even), else 0
-  std::uint8_t reserved;
+  EndingRule rule;           // None unless flags has FlagSpecialEnding
   std::uint8_t flags;        // copied to evalFlags
 };
 static_assert(sizeof(MaterialEntry) == 6, "material rows are six bytes");
@@ -27,7 +36,7 @@ constexpr std::uint8_t FlagBlackPieces = 1 << 0;   // Black has a knight, bishop
 constexpr std::uint8_t FlagWhitePieces = 1 << 1;
 constexpr std::uint8_t FlagWhiteMinorOnly = 1 << 5;  // White's only piece is one knight or bishop
 constexpr std::uint8_t FlagBlackMinorOnly = 1 << 6;
-constexpr std::uint8_t FlagSpecialEnding = 1 << 7;   // mating material against a bare king
+constexpr std::uint8_t FlagSpecialEnding = 1 << 7;   // an endgame rule applies (the row's rule)
 
 constexpr std::uint32_t MaterialIndexBits = (1u << 19) - 1;   // 419,904 rows fit in 19 bits
 constexpr int materialIndex(std::uint32_t materialKey) {

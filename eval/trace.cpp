@@ -39,8 +39,11 @@ int traceEvaluation(Position& pos, EvalTrace& trace) {
     trace.pull[c] = pe.pull[c];
     trace.shelter[c] = pe.shelter[c];
   }
-  trace.modelled = !kingsAndPawnsOnly(key) &&
-                   !(mi.flags & (FlagSpecialEnding | FlagWhiteMinorOnly | FlagBlackMinorOnly));
+  // An endgame rule that left the score as it was does not take the position out of the model.
+  const bool ruleChanged = (mi.flags & FlagSpecialEnding) &&
+                           total != clampScore(combineScore(taper(sum, trace.phase), mi, pe));
+  trace.modelled = !kingsAndPawnsOnly(key) && !ruleChanged &&
+                   !(mi.flags & (FlagWhiteMinorOnly | FlagBlackMinorOnly));
   return total;
 }
 

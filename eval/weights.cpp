@@ -90,6 +90,13 @@ std::span<const WeightInfo> weightList() {
     {"MateCornerWeight", WEIGHT(MateCornerWeight), false, false},
     {"MateKingsCloseWeight", WEIGHT(MateKingsCloseWeight), false, false},
     {"MateBaseBonus", WEIGHT(MateBaseBonus), false, false},
+    {"RookVsPawnDrawish", WEIGHT(RookVsPawnDrawish), false, false},
+    {"RookVsPawnDistance", WEIGHT(RookVsPawnDistance), false, false},
+    {"RookVsPawnBase", WEIGHT(RookVsPawnBase), false, false},
+    {"QueenVsPawnDrawScale", WEIGHT(QueenVsPawnDrawScale), false, false},
+    {"QueenVsPawnKingClose", WEIGHT(QueenVsPawnKingClose), false, false},
+    {"ScaleRookPawnKingInFront", WEIGHT(ScaleRookPawnKingInFront), false, false},
+    {"ScaleRookEndingOneWing", WEIGHT(ScaleRookEndingOneWing), false, false},
   };
   return List;
 }

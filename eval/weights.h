@@ -142,6 +142,16 @@ struct EvalWeights {
   int MateCornerWeight = 22;         // per step closer to the mating corner (bishop and knight)
   int MateKingsCloseWeight = 12;     // per step the kings stand closer together
   int MateBaseBonus = 300;           // the stronger side is winning outright
+
+  // ---------------------------------------------------------------------------------------------
+  // Rook or queen against a lone pawn, and rook endings (centipawns; scales with 128 = 1.0).
+  int RookVsPawnDrawish = 80;        // advanced pawn beside its king, the rook's king far: this ...
+  int RookVsPawnDistance = 8;        // ... less this per step of the rook's king from the queening square
+  int RookVsPawnBase = 200;          // otherwise this, less the distance per step the kings' race is lost
+  int QueenVsPawnDrawScale = 16;     // a rook or bishop pawn on the seventh beside its king
+  int QueenVsPawnKingClose = 10;     // per step the queen's king stands closer to the pawn
+  int ScaleRookPawnKingInFront = 32; // rook and pawn against rook, the defending king in front
+  int ScaleRookEndingOneWing = 64;   // every pawn on one wing, the defending king beside them
 };
 
 // The weights in use. The engine reads them in place; the tuner changes them while it fits.

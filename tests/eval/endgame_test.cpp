@@ -1,8 +1,9 @@
-// Endgame knowledge: exact pawn-ending draws and wins, minor-piece draws, mating a bare king,
-// scaled-down material, and the material table's flags.
+// Endgame knowledge: exact pawn-ending draws and wins, minor-piece draws, mating a bare king, rook
+// or queen against a pawn, rook endings, scaled-down material, and the material table's flags.
 #include <cstdlib>
 
 #include "eval/material.h"
+#include "eval/weights.h"
 #include "eval_test_support.h"
 
 namespace tavrin::test {
@@ -32,6 +33,10 @@ const EndgameCase EndgameCases[] = {
     {"7k/8/8/8/7P/4B3/8/6K1 w - - 0 1", WhiteWins, false, "bishop of the right colour"},
     {"8/8/4k3/8/8/8/8/R3K3 w - - 0 1", WhiteWins, false, "rook against a bare king"},
     {"4k3/8/8/8/8/8/q7/4K3 b - - 0 1", BlackWins, false, "queen against a bare king"},
+    {"R7/8/8/8/8/3p4/8/3K2k1 w - - 0 1", WhiteWins, false, "rook against pawn, the king in the pawn's path"},
+    {"7k/8/8/3p4/8/8/8/R3K3 w - - 0 1", WhiteWins, false, "rook against pawn, the pawn's king far away"},
+    {"7K/8/8/7Q/8/8/2kp4/8 w - - 0 1", WhiteWins, false, "queen against a centre pawn on the seventh"},
+    {"3k4/r7/8/8/3P4/8/8/6K1 b - - 0 1", BlackWins, false, "rook against pawn for Black, its king in front"},
 };
 
 TEST(EvalEndgames, SanityTable) {
@@ -74,6 +79,64 @@ TEST(EvalEndgames, OppositeColouredBishopsScaleTowardsADraw) {
   EXPECT_LT(opposite * 5, same * 3);
 }
 
+TEST(EvalEndgames, RookOrQueenAgainstAnAdvancedPawnBesideItsKing) {
+  EvalFixture f;
+  struct Pair {
+    const char* drawish;   // the pawn's king holds it, the stronger king is far
+    const char* won;
+    const char* what;
+  };
+  const Pair pairs[] = {
+      {"7K/8/8/8/8/8/1kp5/7R w - - 0 1", "8/8/8/8/8/3K4/1kp5/7R w - - 0 1", "rook, the king near or far"},
+      {"7K/8/8/7Q/8/8/1kp5/8 w - - 0 1", "8/8/8/7Q/8/3K4/1kp5/8 w - - 0 1", "queen against a bishop pawn"},
+      {"7K/8/8/7Q/8/8/pk6/8 w - - 0 1", "7K/8/8/7Q/8/8/1p6/k7 w - - 0 1", "queen against a rook pawn"},
+  };
+  for (const Pair& p : pairs) {
+    const int drawish = whiteEval(f.set(p.drawish)), won = whiteEval(f.set(p.won));
+    EXPECT_GE(drawish, 0) << p.what;
+    EXPECT_LT(drawish, 150) << p.what;
+    EXPECT_GT(won, drawish + 100) << p.what;
+    expectHalfTurnSymmetric(p.drawish);
+    expectHalfTurnSymmetric(p.won);
+  }
+}
+
+// Rook endings: the scale weight must reach exactly the positions it is meant for.
+TEST(EvalEndgames, RookEndingScales) {
+  EvalFixture f;
+  struct Case {
+    const char* fen;
+    int EvalWeights::*weight;
+    bool scaled;
+    const char* what;
+  };
+  const Case cases[] = {
+      {"3r2k1/5pp1/7p/8/8/6PP/4PP2/3R2K1 w - - 0 1", &EvalWeights::ScaleRookEndingOneWing, true,
+       "four against three on the king's wing"},
+      {"3r2k1/5pp1/7p/8/8/6PP/P4P2/3R2K1 w - - 0 1", &EvalWeights::ScaleRookEndingOneWing, false,
+       "a pawn on the other wing"},
+      {"k2r4/5pp1/7p/8/8/6PP/4PP2/3R2K1 w - - 0 1", &EvalWeights::ScaleRookEndingOneWing, false,
+       "the defending king far from the pawns"},
+      {"1k1r4/pp6/8/8/8/P7/1PP5/2KR4 b - - 0 1", &EvalWeights::ScaleRookEndingOneWing, true,
+       "three against two on the queen's wing, Black to move"},
+      {"4k3/8/8/4P3/8/8/r7/1R2K3 w - - 0 1", &EvalWeights::ScaleRookPawnKingInFront, true,
+       "the defending king in front of the pawn"},
+      {"8/8/7k/4P3/8/8/r7/1R2K3 w - - 0 1", &EvalWeights::ScaleRookPawnKingInFront, false,
+       "the defending king cut off"},
+  };
+  for (const Case& c : cases) {
+    const int saved = Weights.*c.weight;
+    const int scaledEval = whiteEval(f.set(c.fen));
+    Weights.*c.weight = 128;
+    const int full = whiteEval(f.set(c.fen));
+    Weights.*c.weight = saved;
+    EXPECT_GT(full, 0) << c.what;
+    if (c.scaled) EXPECT_EQ(scaledEval, full * saved / 128) << c.what;
+    else EXPECT_EQ(scaledEval, full) << c.what;
+    expectHalfTurnSymmetric(c.fen);
+  }
+}
+
 struct MaterialCase {
   const char* fen;
   int scaleAtMost;
@@ -90,6 +153,11 @@ TEST(EvalEndgames, MaterialTableEntries) {
       {"4kb2/8/8/8/8/8/8/3NKB2 w - - 0 1", 16, FlagWhitePieces | FlagBlackPieces | FlagBlackMinorOnly},
       {"4k3/8/8/8/8/8/8/2BNK3 w - - 0 1", 128, FlagWhitePieces | FlagSpecialEnding},
       {"4k3/8/8/8/8/8/8/1NN1K3 w - - 0 1", 0, FlagWhitePieces},
+      {"4k3/8/8/8/8/3p4/8/R3K3 w - - 0 1", 128, FlagWhitePieces | FlagSpecialEnding},
+      {"4k3/8/8/8/8/3p4/8/Q3K3 w - - 0 1", 128, FlagWhitePieces | FlagSpecialEnding},
+      {"r3k3/8/8/8/8/3P4/8/R3K3 w - - 0 1", 128, FlagWhitePieces | FlagBlackPieces | FlagSpecialEnding},
+      {"r3k3/8/8/8/8/2PP4/8/R3K3 w - - 0 1", 128, FlagWhitePieces | FlagBlackPieces},
+      {"4k3/8/8/8/8/3p4/8/RN2K3 w - - 0 1", 128, FlagWhitePieces},
   };
   for (const MaterialCase& c : cases) {
     Position& pos = f.set(c.fen);
