@@ -1,5 +1,7 @@
 // Endgame rules of the final combination: mating a bare king, a rook or queen against a lone pawn,
 // drawish rook endings, and minor pieces that cannot win.
+#include <optional>
+
 #include "board/attacks.h"
 #include "board/bitboard.h"
 #include "eval/eval_internal.h"
@@ -56,11 +58,20 @@ bool minorCannotWin(const Position& pos) {
   return defender == corner || (kingAttacks(corner) & bit(defender));
 }
 
-// A pawn that cannot stand where it stands (a position set up by hand): no rule for it.
-template <Color Us>
-bool pawnOnBackRank(int pawn) {
-  int rank = ColorTraits<Us>::RelativeRank(pawn);
-  return rank == 0 || rank == 7;
+// The squares the lone-pawn rules read: the pawn and both kings.
+struct LonePawn {
+  int pawn, strongKing, weakKing;
+};
+
+// The weaker side's lone pawn and the kings, or nothing for a pawn that cannot stand where it stands
+// (on its first or last rank, in a position set up by hand): no rule applies to it.
+template <Color Strong>
+std::optional<LonePawn> lonePawn(const Position& pos) {
+  using T = ColorTraits<Strong>;
+  const int pawn = bitScanForward(pos.pieces[T::EnemyPawn]);
+  const int rank = ColorTraits<T::Them>::RelativeRank(pawn);
+  if (rank == 0 || rank == 7) return std::nullopt;
+  return LonePawn{pawn, pos.kingSquare(Strong), pos.kingSquare(T::Them)};
 }
 
 // Rook against a lone pawn, from the rook's side (Strong), in centipawns. It wins outright when
@@ -71,9 +82,9 @@ template <Color Strong>
 int rookVsPawn(const Position& pos, int own) {
   using T = ColorTraits<Strong>;
   using Defender = ColorTraits<T::Them>;
-  const int pawn = bitScanForward(pos.pieces[T::EnemyPawn]);
-  if (pawnOnBackRank<T::Them>(pawn)) return own;
-  const int strongKing = pos.kingSquare(Strong), weakKing = pos.kingSquare(T::Them);
+  const auto lone = lonePawn<Strong>(pos);
+  if (!lone) return own;
+  const auto [pawn, strongKing, weakKing] = *lone;
   const int rook = bitScanForward(pos.pieces[T::OwnRook]);
   const int queening = makeSquare(fileOf(pawn), Defender::Rank8);
   const int next = pawn + Defender::Up;
@@ -81,14 +92,11 @@ int rookVsPawn(const Position& pos, int own) {
 
   if (Spans.forwardFile[T::Them][pawn] & bit(strongKing)) return own;
   if (distance(weakKing, pawn) - defenderMoves >= 3 && distance(weakKing, rook) >= 3) return own;
-  int value;
   if (Defender::RelativeRank(pawn) >= 4 && distance(weakKing, pawn) <= 1 &&
       distance(strongKing, pawn) - (1 - defenderMoves) >= 3)
-    value = W.RookVsPawnDrawish - W.RookVsPawnDistance * distance(strongKing, queening);
-  else
-    value = W.RookVsPawnBase - W.RookVsPawnDistance * (distance(strongKing, next) - distance(weakKing, next) -
-                                                       distance(pawn, queening));
-  return value;
+    return W.RookVsPawnDrawish - W.RookVsPawnDistance * distance(strongKing, queening);
+  return W.RookVsPawnBase - W.RookVsPawnDistance * (distance(strongKing, next) - distance(weakKing, next) -
+                                                    distance(pawn, queening));
 }
 
 // Queen against a lone pawn, from the queen's side: a rook or bishop pawn on the seventh next to
@@ -98,9 +106,9 @@ template <Color Strong>
 int queenVsPawn(const Position& pos, int own) {
   using T = ColorTraits<Strong>;
   using Defender = ColorTraits<T::Them>;
-  const int pawn = bitScanForward(pos.pieces[T::EnemyPawn]);
-  if (pawnOnBackRank<T::Them>(pawn)) return own;
-  const int strongKing = pos.kingSquare(Strong), weakKing = pos.kingSquare(T::Them);
+  const auto lone = lonePawn<Strong>(pos);
+  if (!lone) return own;
+  const auto [pawn, strongKing, weakKing] = *lone;
   const int file = fileOf(pawn);
   const bool rookOrBishopPawn = file == 0 || file == 2 || file == 5 || file == 7;
   if (Defender::RelativeRank(pawn) == 6 && rookOrBishopPawn && distance(weakKing, pawn) <= 1 &&
