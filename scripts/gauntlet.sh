@@ -28,7 +28,8 @@ SUDO=""
 $SUDO apt-get update -qq || true
 for pkg in stockfish ethereal-chess toga2 glaurung gnuchess; do
   dpkg -s "$pkg" >/dev/null 2>&1 && continue
-  if apt-cache policy "$pkg" | grep -q 'Candidate: [0-9]'; then
+  # grep reads to the end: with pipefail, an early exit would fail the pipe (apt-cache gets SIGPIPE).
+  if apt-cache policy "$pkg" 2>/dev/null | grep 'Candidate: [0-9]' >/dev/null; then
     DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "$pkg" || true
   else
     echo "package $pkg is not available; skipped"
